@@ -1,0 +1,166 @@
+#include "base/File.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace kelvox {
+
+namespace {
+/// Closes its descriptor on every way out.
+class Descriptor {
+public:
+    explicit Descriptor(int fd)
+        : m_fd(fd)
+    {
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    ~Descriptor()
+    {
+        if (m_fd >= 0)
+            ::close(m_fd);
+    }
+    [[nodiscard]] int get() const { return m_fd; }
+    int release() { return std::exchange(m_fd, -1); }
+
+private:
+    int m_fd;
+};
+
+tl::unexpected<Error> systemFailure(const std::filesystem::path& path)
+{
+    return failure(Error::Code::CannotOpen, path.string() + ": " + std::strerror(errno));
+}
+
+/// Checks what fstat says: only a regular file has a size that can be trusted.
+Result<std::size_t> regularFileSize(int fd, const std::filesystem::path& path)
+{
+    struct stat info { };
+    if (::fstat(fd, &info) != 0)
+        return systemFailure(path);
+    if (!S_ISREG(info.st_mode))
+        return failure(Error::Code::CannotOpen, path.string() + ": not a regular file");
+    return static_cast<std::size_t>(info.st_size);
+}
+
+bool writeAll(int fd, std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(fd, bytes.data(), bytes.size());
+        if (written < 0) {
+            if (errno == EINTR)
+                continue;
+            return false;
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+} // namespace
+
+Result<MappedFile> MappedFile::open(const std::filesystem::path& path)
+{
+    // Non-blocking, so that a named pipe in a chart folder cannot hang the reader.
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (file.get() < 0)
+        return systemFailure(path);
+    const auto size = regularFileSize(file.get(), path);
+    if (!size)
+        return tl::unexpected(size.error());
+    MappedFile mapped;
+    if (*size == 0)
+        return mapped;
+    void* data = ::mmap(nullptr, *size, PROT_READ, MAP_PRIVATE, file.get(), 0);
+    if (data == MAP_FAILED)
+        return systemFailure(path);
+    ::madvise(data, *size, MADV_SEQUENTIAL);
+    mapped.m_data = static_cast<const char*>(data);
+    mapped.m_size = *size;
+    return mapped;
+}
+
+MappedFile::MappedFile(MappedFile&& other) noexcept
+    : m_data(std::exchange(other.m_data, nullptr))
+    , m_size(std::exchange(other.m_size, 0))
+{
+}
+
+MappedFile& MappedFile::operator=(MappedFile&& other) noexcept
+{
+    std::swap(m_data, other.m_data);
+    std::swap(m_size, other.m_size);
+    return *this;
+}
+
+MappedFile::~MappedFile()
+{
+    if (m_data)
+        ::munmap(const_cast<char*>(m_data), m_size);
+}
+
+Result<std::string> readFile(const std::filesystem::path& path, std::size_t limit)
+{
+    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (file.get() < 0)
+        return systemFailure(path);
+    const auto size = regularFileSize(file.get(), path);
+    if (!size)
+        return tl::unexpected(size.error());
+    if (*size > limit)
+        return failure(Error::Code::OutOfRange, path.string() + ": file too large");
+    std::string bytes(*size, '\0');
+    std::size_t have = 0;
+    while (have < bytes.size()) {
+        const ssize_t got = ::read(file.get(), bytes.data() + have, bytes.size() - have);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got < 0)
+            return systemFailure(path);
+        if (got == 0)
+            break;
+        have += static_cast<std::size_t>(got);
+    }
+    bytes.resize(have);
+    return bytes;
+}
+
+Result<void> writeFileAtomically(const std::filesystem::path& path, std::string_view bytes)
+{
+    std::error_code ignored; // the open below reports what matters
+    if (path.has_parent_path())
+        std::filesystem::create_directories(path.parent_path(), ignored);
+
+    // A link is followed, so that a user who keeps the file elsewhere keeps it there.
+    std::error_code notALink;
+    auto target = std::filesystem::canonical(path, notALink);
+    if (notALink)
+        target = path;
+
+    std::string temporary = target.string() + ".XXXXXX";
+    Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
+    if (file.get() < 0)
+        return systemFailure(target);
+    struct stat old { };
+    const mode_t mode = ::stat(target.c_str(), &old) == 0 ? old.st_mode & 07777 : 0644;
+    const bool written = writeAll(file.get(), bytes) && ::fchmod(file.get(), mode) == 0
+        && ::fsync(file.get()) == 0 && ::close(file.release()) == 0;
+    if (!written || ::rename(temporary.c_str(), target.c_str()) != 0) {
+        const auto error = systemFailure(target);
+        ::unlink(temporary.c_str());
+        return error;
+    }
+    auto folder = target.parent_path();
+    if (folder.empty())
+        folder = ".";
+    const Descriptor parent(::open(folder.c_str(), O_RDONLY | O_CLOEXEC | O_DIRECTORY));
+    if (parent.get() >= 0)
+        ::fsync(parent.get()); // the rename itself survives a power cut
+    return {};
+}
+
+} // namespace kelvox
