@@ -37,7 +37,6 @@ private:
 
 // One per file <Name>Command.cpp: declares the command and what it does.
 
-} // namespace kelvox
 // One function for each file <Name>Command.cpp: declares the command and says what it does.
 
 } // namespace kelvox
