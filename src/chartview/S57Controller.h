@@ -52,6 +52,8 @@ public:
     [[nodiscard]] float rotate() const { return m_rotate; }
     /// The pivot of the rotation.
     void setRotatePosition(double longitude, double latitude);
+    /// The same by an unrotated view point, which single precision cannot hold as a position.
+    void setRotatePoint(Point pivot) { m_rotatePoint = pivot; }
     [[nodiscard]] Point rotatePoint() const { return m_rotatePoint; }
     void setCourseUp(bool on) { m_courseUp = on; }
     [[nodiscard]] bool courseUp() const { return m_courseUp; }

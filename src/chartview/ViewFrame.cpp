@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace kelvox {
 
@@ -32,20 +33,50 @@ Rect ViewFrame::coveredBox(double margin) const
     return box;
 }
 
-ViewFrame ViewFrame::at(Position center, int scale, float rotation, int width, int height,
+SheetPlace ViewFrame::placeOf(Point pixel) const
+{
+    const double angle = view.rotate() * std::numbers::pi / 180;
+    const Point away = viewPointOf(pixel) - view.rotatePoint();
+    const Point straight{away.x * std::cos(angle) + away.y * std::sin(angle),
+                         away.y * std::cos(angle) - away.x * std::sin(angle)};
+    const Point p = view.rotatePoint() + straight;
+    return {p.x / view.sheet().width, p.y / view.sheet().height};
+}
+
+Point ViewFrame::pixelOf(SheetPlace place) const
+{
+    const double angle = view.rotate() * std::numbers::pi / 180;
+    const Point p{place.x * view.sheet().width, place.y * view.sheet().height};
+    const Point away = p - view.rotatePoint();
+    return pixelOf(view.rotatePoint()
+                   + Point{away.x * std::cos(angle) - away.y * std::sin(angle),
+                           away.x * std::sin(angle) + away.y * std::cos(angle)});
+}
+
+ViewFrame ViewFrame::at(SheetPlace center, int scale, float rotation, int width, int height,
                         double pixelsPerPoint, unsigned dpi)
 {
     ViewFrame frame;
     frame.view = S57Controller(dpi);
     frame.view.setScale(std::max(scale, 1));
     frame.view.chartSize();
-    frame.view.setRotatePosition(center.longitude, center.latitude);
+    const Size sheet = frame.view.sheet();
+    frame.center = {center.x * sheet.width, center.y * sheet.height};
+    frame.view.setRotatePoint(frame.center);
     frame.view.setRotate(rotation);
-    frame.center = frame.view.positionToPoint(center);
     frame.width = width;
     frame.height = height;
     frame.pixelsPerPoint = pixelsPerPoint;
     return frame;
+}
+
+ViewFrame ViewFrame::at(Position center, int scale, float rotation, int width, int height,
+                        double pixelsPerPoint, unsigned dpi)
+{
+    const S57Controller view(dpi);
+    const Point p = view.mercatorPositionToPoint(center);
+    return at(SheetPlace{p.x / view.sheet().width, p.y / view.sheet().height}, scale, rotation,
+              width, height, pixelsPerPoint, dpi);
 }
 
 ViewFrame ViewFrame::fitting(const Rect& degrees, int width, int height, double pixelsPerPoint,
@@ -56,7 +87,8 @@ ViewFrame ViewFrame::fitting(const Rect& degrees, int width, int height, double 
     constexpr double farthestLatitude = 85;
     const double south = std::clamp(degrees.bottom, -farthestLatitude, farthestLatitude);
     const double north = std::clamp(degrees.top, -farthestLatitude, farthestLatitude);
-    ViewFrame frame = at({degrees.left, south}, reference, 0, width, height, pixelsPerPoint, dpi);
+    ViewFrame frame =
+        at(Position{degrees.left, south}, reference, 0, width, height, pixelsPerPoint, dpi);
     const Point lower = frame.view.positionToPoint({degrees.left, south});
     const Point upper = frame.view.positionToPoint({degrees.right, north});
     const double ratio = std::max((upper.x - lower.x) * pixelsPerPoint / width,

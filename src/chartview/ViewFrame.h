@@ -5,6 +5,15 @@
 
 namespace kelvox {
 
+/// A place on the Mercator sheet whatever its scale: fractions of its width and height from the
+/// lower left corner. Keeps the full precision that a view needs while it moves.
+struct SheetPlace {
+    double x = 0.5;
+    double y = 0.5;
+
+    friend bool operator==(const SheetPlace&, const SheetPlace&) = default;
+};
+
 /// What a picture of the chart shows: a snapshot of the view transform with the picture's place,
 /// size and sharpness. Pixels run right and down from the upper left corner of the picture.
 struct ViewFrame {
@@ -35,6 +44,13 @@ struct ViewFrame {
     /// little air around it.
     [[nodiscard]] static ViewFrame fitting(const Rect& degrees, int width, int height,
                                            double pixelsPerPoint, unsigned dpi);
+    /// The place under a pixel and back; the rotation is taken out.
+    [[nodiscard]] SheetPlace placeOf(Point pixel) const;
+    [[nodiscard]] Point pixelOf(SheetPlace place) const;
+
+    /// Centred on a place, turned about it.
+    [[nodiscard]] static ViewFrame at(SheetPlace center, int scale, float rotation, int width,
+                                      int height, double pixelsPerPoint, unsigned dpi);
     /// Centred on a position.
     [[nodiscard]] static ViewFrame at(Position center, int scale, float rotation, int width,
                                       int height, double pixelsPerPoint, unsigned dpi);
