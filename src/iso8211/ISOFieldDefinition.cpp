@@ -256,12 +256,15 @@ std::string ISOFieldDefinition::description() const
     std::string text;
     text += static_cast<char>('0' + m_structureCode);
     text += static_cast<char>('0' + m_typeCode);
-    text += "00;&   ";
+    text += "00;&";
+    text += m_escapeSequence;
     text += m_name;
     text += isoUnitTerminator;
     text += m_arrayDescriptor;
-    text += isoUnitTerminator;
-    text += m_formatControls;
+    if (!m_formatControls.empty()) { // the file control field has none
+        text += isoUnitTerminator;
+        text += m_formatControls;
+    }
     text += isoFieldTerminator;
     return text;
 }
@@ -274,6 +277,8 @@ bool ISOFieldDefinition::parse(std::string_view tag, std::string_view descriptio
         m_structureCode = description[0] - '0';
     if (description.size() > 1 && description[1] >= '1' && description[1] <= '6')
         m_typeCode = description[1] - '0';
+    if (fieldControlLength == 9 && description.size() > 9)
+        m_escapeSequence = description.substr(6, 3);
     description.remove_prefix(std::min(fieldControlLength, description.size()));
     m_name = takeString(description);
     m_arrayDescriptor = takeString(description);

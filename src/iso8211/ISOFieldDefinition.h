@@ -111,6 +111,7 @@ private:
     std::string m_name;
     std::string m_arrayDescriptor;
     std::string m_formatControls;
+    std::string m_escapeSequence = "   "; ///< truncated; "-A " says that text is Latin-1
     int m_structureCode = 0; ///< 0 elementary, 1 vector, 2 array, 3 concatenated
     int m_typeCode = 0;
     bool m_repeating = false;
