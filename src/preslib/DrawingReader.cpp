@@ -336,7 +336,7 @@ void DrawingReader::readUse(Words& words)
         words.rest();
         return;
     }
-    Point at{};
+    Point at = m_origin;
     double turn = 0;
     double scale = 1;
     bool mirror = false;
@@ -388,7 +388,7 @@ void DrawingReader::readText(Words& words)
     constexpr double cellHeight = 100; // of the figures that letters are drawn as
     constexpr double gap = 28;
     const std::string text = words.next();
-    Point at{};
+    Point at = m_origin;
     double height = cellHeight;
     bool middle = false;
     while (!words.isAtEnd()) {
