@@ -360,8 +360,7 @@ void DrawingReader::readUse(Words& words)
         else
             complain("unknown word \"" + word + "\" after use");
     }
-    const std::vector<Shape> shapes = used->shapes; // a drawing may use itself so far
-    for (Shape copy : shapes) {
+    for (Shape copy : used->shapes) {
         for (auto& ring : copy.rings)
             for (Point& p : ring)
                 p = turned({mirror ? -p.x : p.x, p.y}, turn) * scale + at;
@@ -476,8 +475,6 @@ void DrawingReader::addShape(Shape shape)
 
 const Drawing* DrawingReader::find(const std::string& name) const
 {
-    if (m_isOpen && m_drawing.name == name)
-        return &m_drawing;
     if (const auto figure = m_library.figures.find(name); figure != m_library.figures.end())
         return &figure->second;
     const auto drawn = std::ranges::find_if(m_library.drawings, [&](const Drawing& drawing) {
