@@ -293,8 +293,7 @@ void S57ObjectRender::addText(const Parameter& p, std::string text, S57TextModel
     item.figure.size = m_settings.largeText ? 14 : 11;
     item.figure.italic = italic;
     item.figure.color = m_colors.textColor;
-    item.figure.haloColor =
-        p.feature.objectCode() == s57class::LNDARE ? m_colors.landColor : m_colors.coverageColor;
+    item.figure.haloColor = m_colors.coverageColor.withOpacity(0.75);
     item.anchor = p.anchor;
     item.centred = centred;
     item.rank = rank;
