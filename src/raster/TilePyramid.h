@@ -37,7 +37,7 @@ struct RasterTile {
 /// budget. Any thread.
 class TilePyramid {
 public:
-    static constexpr std::size_t defaultBudget = std::size_t{48} << 20;
+    static constexpr std::size_t defaultBudget = std::size_t{64} << 20;
     using Tile = std::shared_ptr<const RasterTile>;
 
     TilePyramid(BSBRows rows, const Palettes& palettes, std::size_t budget = defaultBudget);
@@ -57,6 +57,7 @@ public:
     [[nodiscard]] std::vector<Tile> tiles(int level, int row, int firstColumn, int lastColumn,
                                           PaletteScheme scheme);
 
+    [[nodiscard]] std::size_t budget() const { return m_budget; }
     [[nodiscard]] std::size_t bytesInMemory() const;
 
 private:
