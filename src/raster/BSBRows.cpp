@@ -46,7 +46,9 @@ std::size_t BSBRows::afterNumber(std::size_t at, std::size_t end, int number) co
 
 std::size_t BSBRows::rowAt(std::size_t at, std::size_t end, int number) const
 {
-    return afterNumber(number == 0 ? at : afterZeros(at, end), end, number);
+    if (number != 0)
+        at = afterZeros(at, end);
+    return afterNumber(at, end, number) != 0 ? at : end;
 }
 
 bool BSBRows::readIndex(std::size_t imageStart)
@@ -66,12 +68,12 @@ bool BSBRows::readIndex(std::size_t imageStart)
         if (offset < before || offset >= index)
             return false;
         if (row == 0 && m_file[offset] == 0
-            && (rows == 1 || !rowAt(m_file.bigEndian(index + 4), index, 2)))
+            && (rows == 1 || rowAt(m_file.bigEndian(index + 4), index, 2) == index))
             firstNumber = 0;
         starts[row] = rowAt(offset, index, firstNumber + static_cast<int>(row));
-        if (starts[row] == 0)
+        if (starts[row] == index)
             return false;
-        before = starts[row];
+        before = starts[row] + 1;
     }
     m_starts = std::move(starts);
     return true;
@@ -87,9 +89,10 @@ std::size_t BSBRows::afterRow(std::size_t at, std::size_t end, int nextNumber) c
             column = std::min(column + readRun(at, end).length, longestRun);
             continue;
         }
-        ++at;
-        if (column >= m_width || afterNumber(afterZeros(at, end), end, nextNumber) != 0)
-            return at;
+        const std::size_t next = afterZeros(at, end);
+        if (column >= m_width || next == end || afterNumber(next, end, nextNumber) != 0)
+            return at + 1;
+        at = next;
     }
     return end;
 }
@@ -101,10 +104,10 @@ std::vector<std::size_t> BSBRows::scan(std::size_t imageStart, int firstNumber) 
     std::size_t at = std::min(imageStart, end);
     for (int row = 0; row < m_height; ++row) {
         const std::size_t start = rowAt(at, end, firstNumber + row);
-        if (start == 0)
+        if (start == end)
             break;
         starts.push_back(start);
-        at = afterRow(start, end, firstNumber + row + 1);
+        at = afterRow(afterNumber(start, end, firstNumber + row), end, firstNumber + row + 1);
     }
     starts.push_back(at);
     return starts;

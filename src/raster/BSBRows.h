@@ -53,6 +53,7 @@ private:
     [[nodiscard]] std::size_t afterZeros(std::size_t at, std::size_t end) const;
     /// The byte after a row number at this place; 0 when another number or none stands there.
     [[nodiscard]] std::size_t afterNumber(std::size_t at, std::size_t end, int number) const;
+    /// The place of a row's number, zeros before it skipped; the end when it is not there.
     [[nodiscard]] std::size_t rowAt(std::size_t at, std::size_t end, int number) const;
     [[nodiscard]] std::size_t afterRow(std::size_t at, std::size_t end, int nextNumber) const;
     [[nodiscard]] bool readIndex(std::size_t imageStart);
@@ -62,7 +63,7 @@ private:
     static constexpr std::int64_t longestRun = std::int64_t{1} << 40;
 
     ChartBytes m_file;
-    std::vector<std::size_t> m_starts{0}; ///< of the bytes after each row's number, and the end
+    std::vector<std::size_t> m_starts{0}; ///< of each row's number, and the end of the last row
     int m_width = 0;
     int m_height = 0;
     int m_colorShift = 0;
@@ -87,6 +88,7 @@ template <typename OnRun> void BSBRows::forEachRun(int row, OnRun&& onRun) const
 {
     std::size_t at = begin(row);
     const std::size_t stop = end(row);
+    while (at < stop && (m_file[at++] & more)) { } // the row's number, checked before
     int column = 0;
     std::uint8_t color = 0;
     while (column < m_width && at < stop) {

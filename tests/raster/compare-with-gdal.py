@@ -1,13 +1,16 @@
 #!/usr/bin/env python3
 """Compares kelvox-tool's raster geo-referencing with GDAL's reading of the same charts.
 
-Usage: compare-with-gdal.py KELVOX_TOOL CHART...
+Usage: compare-with-gdal.py KELVOX_TOOL [CHART...]; without charts those below $KELVOX_DATA/raster.
+
 GDAL fits polynomials of its own, in the chart's projection, to the reference points, here of the
 same order as the header's. Compared at the picture's centre and at the corners of the charted area
 (of the picture where the header has no border); beyond the outermost reference points both only
-guess. Ends with 77 (skipped) without GDAL, with 1 when a chart differs by more than one pixel; where
+guess. Ends with 77 (skipped) without GDAL or charts, with 1 when a chart differs by more than one pixel; where
 the header has no polynomials, by more than our own fit leaves over at the reference points besides.
 """
+import os
+import pathlib
 import re
 import shutil
 import subprocess
@@ -52,12 +55,14 @@ def compare(tool, chart):
 
 
 def main():
-    if not shutil.which("gdaltransform"):
-        print("gdaltransform is not installed")
+    folder = pathlib.Path(os.environ.get("KELVOX_DATA", ""), "raster")
+    charts = sys.argv[2:] or sorted(str(path) for path in folder.glob("*.[kK][aA][pP]"))
+    if not shutil.which("gdaltransform") or not charts:
+        print("no gdaltransform or no charts")
         return 77
     failed = 0
     print("corners and centre  reference points  chart  (largest difference in pixels)")
-    for chart in sys.argv[2:]:
+    for chart in charts:
         result = compare(sys.argv[1], chart)
         if result is None:
             continue
