@@ -23,6 +23,12 @@ std::uint32_t mixed(std::uint32_t a, std::uint32_t b, unsigned weight)
         (a >> 8 & oddParts) * (256 - weight) + (b >> 8 & oddParts) * weight + 0x00800080;
     return (even & oddParts) | (odd & ~oddParts);
 }
+
+std::size_t indexIn(const RasterTile& tile, int x, int y)
+{
+    return static_cast<std::size_t>(y & (RasterTile::side - 1)) * tile.width
+        + static_cast<std::size_t>(x & (RasterTile::side - 1));
+}
 } // namespace
 
 RasterSampler::RasterSampler(TilePyramid& pyramid, int level, double magnification,
@@ -78,24 +84,27 @@ bool RasterSampler::prepare(int left, int top, int right, int bottom)
         const auto tiles = m_pyramid.tiles(m_level, row, m_firstTileColumn, last, m_scheme);
         m_tiles.insert(m_tiles.end(), tiles.begin(), tiles.begin() + m_tileColumns);
     }
-    m_quick.clear();
-    for (const auto& tile : m_tiles)
-        m_quick.push_back(tile.get());
     return true;
 }
 
-std::uint32_t RasterSampler::pixel(int x, int y) const
+const RasterTile* RasterSampler::tileOf(int x, int y) const
 {
     const int column = (x >> tileShift) - m_firstTileColumn;
     const int row = (y >> tileShift) - m_firstTileRow;
     const std::size_t index =
         static_cast<std::size_t>(row) * m_tileColumns + static_cast<std::size_t>(column);
-    if (column < 0 || column >= m_tileColumns || row < 0 || index >= m_quick.size())
+    const bool prepared =
+        column >= 0 && column < m_tileColumns && row >= 0 && index < m_tiles.size();
+    return prepared ? m_tiles[index].get() : nullptr;
+}
+
+std::uint32_t RasterSampler::pixel(int x, int y) const
+{
+    const RasterTile* tile = tileOf(x, y);
+    if (!tile)
         return 0;
-    const RasterTile& tile = *m_quick[index];
-    const std::size_t at = static_cast<std::size_t>(y & (RasterTile::side - 1)) * tile.width
-        + static_cast<std::size_t>(x & (RasterTile::side - 1));
-    return m_level == 0 ? m_colors[tile.colorNumbers[at]] : tile.colors[at];
+    const std::size_t at = indexIn(*tile, x, y);
+    return m_level == 0 ? m_colors[tile->colorNumbers[at]] : tile->colors[at];
 }
 
 unsigned RasterSampler::sharpened(double fraction) const
@@ -111,18 +120,45 @@ std::uint32_t RasterSampler::at(double x, double y) const
     // One is added and taken off so that the cast, which cuts, rounds down from -0.5 too.
     const int left = static_cast<int>(x + 1) - 1;
     const int top = static_cast<int>(y + 1) - 1;
-    const unsigned weightX = sharpened(x - left);
-    const unsigned weightY = sharpened(y - top);
-    const int x0 = std::max(left, 0);
-    const int y0 = std::max(top, 0);
-    const int x1 = std::min(left + 1, m_width - 1);
-    const int y1 = std::min(top + 1, m_height - 1);
-    const std::uint32_t a = pixel(x0, y0);
-    const std::uint32_t b = pixel(x1, y0);
-    const std::uint32_t c = pixel(x0, y1);
-    const std::uint32_t d = pixel(x1, y1);
+    constexpr int lastInTile = RasterTile::side - 1;
+    std::uint32_t a = 0;
+    std::uint32_t b = 0;
+    std::uint32_t c = 0;
+    std::uint32_t d = 0;
+    const bool within = (left & lastInTile) != lastInTile && (top & lastInTile) != lastInTile
+        && left + 1 < m_width && top + 1 < m_height;
+    if (within) { // nearly always: all four in one tile
+        const RasterTile* tile = tileOf(left, top);
+        if (!tile)
+            return 0;
+        const std::size_t upper = indexIn(*tile, left, top);
+        const std::size_t lower = upper + static_cast<std::size_t>(tile->width);
+        if (m_level == 0) {
+            const auto& numbers = tile->colorNumbers;
+            a = m_colors[numbers[upper]];
+            b = m_colors[numbers[upper + 1]];
+            c = m_colors[numbers[lower]];
+            d = m_colors[numbers[lower + 1]];
+        } else {
+            a = tile->colors[upper];
+            b = tile->colors[upper + 1];
+            c = tile->colors[lower];
+            d = tile->colors[lower + 1];
+        }
+    } else {
+        const int x0 = std::max(left, 0);
+        const int y0 = std::max(top, 0);
+        const int x1 = std::min(left + 1, m_width - 1);
+        const int y1 = std::min(top + 1, m_height - 1);
+        a = pixel(x0, y0);
+        b = pixel(x1, y0);
+        c = pixel(x0, y1);
+        d = pixel(x1, y1);
+    }
     if (a == b && a == c && a == d)
         return a;
+    const unsigned weightX = sharpened(x - left);
+    const unsigned weightY = sharpened(y - top);
     if (!a || !b || !c || !d) { // no mixing with what the file does not hold
         const bool right = weightX >= 128;
         return weightY >= 128 ? (right ? d : c) : (right ? b : a);

@@ -32,6 +32,7 @@ private:
         int last = -1;
         [[nodiscard]] int count() const { return last < first ? 0 : last - first + 1; }
     };
+    [[nodiscard]] const RasterTile* tileOf(int x, int y) const;
     [[nodiscard]] std::uint32_t pixel(int x, int y) const;
     [[nodiscard]] unsigned sharpened(double fraction) const;
 
@@ -46,7 +47,6 @@ private:
     std::size_t m_announcedTiles = 0;
     int m_tilesAtOnce = 1;
     std::vector<TilePyramid::Tile> m_tiles; ///< of the prepared box, row by row
-    std::vector<const RasterTile*> m_quick; ///< the same
     int m_firstTileColumn = 0;
     int m_firstTileRow = 0;
     int m_tileColumns = 0;

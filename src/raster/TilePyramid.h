@@ -37,7 +37,7 @@ struct RasterTile {
 /// budget. Any thread.
 class TilePyramid {
 public:
-    static constexpr std::size_t defaultBudget = std::size_t{64} << 20;
+    static constexpr std::size_t defaultBudget = std::size_t{32} << 20;
     using Tile = std::shared_ptr<const RasterTile>;
 
     TilePyramid(BSBRows rows, const Palettes& palettes, std::size_t budget = defaultBudget);
