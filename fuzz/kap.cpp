@@ -20,8 +20,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         constexpr int side = 96;
         std::vector<std::uint32_t> pixels(std::size_t{side} * side);
         const ArgbImage image{pixels, side, side, side};
-        const auto [width, height] = chart.size();
-        for (const double reduction : {std::max(width, height) / side, 1.3, 0.4}) {
+        const double height = chart.size().height;
+        for (const double reduction : {std::max(chart.size().width, height) / side, 1.3, 0.4}) {
             std::fill(pixels.begin(), pixels.end(), 0U);
             RasterRenderer::draw(
                 chart,

@@ -97,7 +97,7 @@ double residentMegabytes()
 void openChart(benchmark::State& state)
 {
     const BigChart& file = BigChart::instance();
-    for (auto _ : state)
+    while (state.KeepRunning())
         benchmark::DoNotOptimize(file.open().loaded());
 }
 BENCHMARK(openChart)->Unit(benchmark::kMillisecond);
@@ -107,7 +107,7 @@ void decodeRows(benchmark::State& state)
 {
     const BSBChart chart = BigChart::instance().open();
     std::vector<std::uint8_t> row(side);
-    for (auto _ : state)
+    while (state.KeepRunning())
         for (int y = 0; y < side; ++y)
             chart.pyramid().rows().decode(y, 0, row);
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * side * side);
@@ -118,7 +118,7 @@ BENCHMARK(decodeRows)->Unit(benchmark::kMillisecond);
 void firstView(benchmark::State& state)
 {
     View view;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         const BSBChart chart = BigChart::instance().open();
         view.draw(chart, side / 2.0, side / 2.0, static_cast<double>(state.range(0)), 0);
     }
@@ -130,7 +130,7 @@ void sameView(benchmark::State& state)
 {
     const BSBChart chart = BigChart::instance().open();
     View view;
-    for (auto _ : state)
+    while (state.KeepRunning())
         view.draw(chart, side / 2.0, side / 2.0, static_cast<double>(state.range(0)) / 10,
                   static_cast<double>(state.range(1)) * 0.0174533);
 }
@@ -144,7 +144,7 @@ void pan(benchmark::State& state)
     const auto reduction = static_cast<double>(state.range(0));
     double at = 0;
     double most = 0;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         const double place = std::abs(std::remainder(at, 2.0 * side));
         view.draw(chart, place, place, reduction, 0.5);
         at += 100 * reduction;

@@ -110,7 +110,7 @@ std::uint32_t RasterSampler::pixel(int x, int y) const
 unsigned RasterSampler::sharpened(double fraction) const
 {
     const float share = (static_cast<float>(fraction) - 0.5F) * m_magnification + 0.5F;
-    return static_cast<unsigned>(std::clamp(share, 0.0F, 1.0F) * 256.0F + 0.5F);
+    return static_cast<unsigned>(std::clamp(share, 0.0F, 1.0F) * 256.0F);
 }
 
 std::uint32_t RasterSampler::at(double x, double y) const

@@ -26,6 +26,7 @@ TEST(BSBChart, CountsImageRowsFromTheBottom)
     EXPECT_TRUE(chart.contains({.longitude = 22, .latitude = 55}));
     EXPECT_FALSE(chart.contains({.longitude = 22, .latitude = 49}));
     EXPECT_EQ(chart.description(), "1 SMALL 1:50000");
+    EXPECT_EQ(BSBChart("/charts/D:\\maps\\old.kap").shortName(), "old");
 }
 
 TEST(BSBChart, AddsTheDatumShiftToItsPositions)
@@ -109,12 +110,6 @@ TEST(BSBChart, TurnsWithTheViewAndStaysNorthUp)
         EXPECT_NEAR(diagonal.x, 200, 1e-2) << rotate;
         EXPECT_NEAR(diagonal.y, 100, 1e-2) << rotate;
     }
-}
-
-TEST(BSBChart, NamesItselfByItsFile)
-{
-    EXPECT_EQ(BSBChart("/charts/12205_1.KAP").shortName(), "12205_1");
-    EXPECT_EQ(BSBChart("/charts/D:\\maps\\old.kap").shortName(), "old");
 }
 
 TEST(BSBChart, KnowsNoPlaceWithoutHeaderOrReferencePoints)
