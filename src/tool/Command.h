@@ -37,7 +37,8 @@ private:
 
 // One per file <Name>Command.cpp: declares the command and what it does.
 
-// One function for each file <Name>Command.cpp: declares the command and says what it does.
+// One function for each file <Name>Command.cpp: declares its commands and says what they do.
 void addInfoCommand(Tool& tool);
+void addRasterCommand(Tool& tool);
 
 } // namespace kelvox
