@@ -164,6 +164,9 @@ std::vector<WaypointPointer> WaypointsModel::sortedByDistanceFromPosition() cons
 {
     std::vector<WaypointPointer> sorted(objectEnumerator().begin(), objectEnumerator().end());
     std::stable_sort(sorted.begin(), sorted.end(), [](const auto& a, const auto& b) {
+        const bool known = isKnown(a->distanceFromPosition); // those without come last
+        if (known != isKnown(b->distanceFromPosition))
+            return known;
         return a->distanceFromPosition < b->distanceFromPosition;
     });
     return sorted;

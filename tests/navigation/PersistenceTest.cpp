@@ -321,7 +321,7 @@ TEST(Persistence, SurvivesThousandsOfKillsAtAnyInstant)
     unsigned edits = 0;
     unsigned midway = 0;
     auto survivor = std::make_unique<Scene>(folder.path());
-    constexpr int kills = 2500;
+    constexpr int kills = 2000;
     for (int kill = 0; kill < kills; ++kill) {
         done->store(0);
         const unsigned seed = 1000U * static_cast<unsigned>(kill + 1);
