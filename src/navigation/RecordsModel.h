@@ -112,7 +112,11 @@ public:
     }
 
     /// Puts the records into the order of this collection. No edit: order is not saved.
-    void sort() { std::stable_sort(m_records.begin(), m_records.end(), &isBefore); }
+    void sort()
+    {
+        if (!std::is_sorted(m_records.begin(), m_records.end(), &isBefore)) // as files mostly are
+            std::stable_sort(m_records.begin(), m_records.end(), &isBefore);
+    }
 
     /// Reads the file in place of what the model holds, then the journal's later edits. A missing
     /// file loads nothing; one that cannot be read is kept under another name. Once per start.
