@@ -39,6 +39,7 @@ private:
 
 // One function for each file <Name>Command.cpp: declares its commands and says what they do.
 void addInfoCommand(Tool& tool);
+void addNavigationCommand(Tool& tool);
 void addRasterCommand(Tool& tool);
 
 } // namespace kelvox
