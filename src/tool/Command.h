@@ -35,8 +35,8 @@ private:
     int m_exitCode = 0;
 };
 
-// One per file <Name>Command.cpp: declares the command and what it does.
-
 // One function for each file <Name>Command.cpp: declares the command and says what it does.
+void addNmeaCommand(Tool& tool);
+void addSimulateCommand(Tool& tool);
 
 } // namespace kelvox

@@ -8,6 +8,8 @@ int main(int argc, char** argv)
     app.require_subcommand(1);
     app.set_version_flag("--version", KELVOX_VERSION);
     kelvox::Tool tool(app);
+    kelvox::addNmeaCommand(tool);
+    kelvox::addSimulateCommand(tool);
 
     try {
         app.parse(argc, argv);
