@@ -3,6 +3,7 @@
 #include "navigation/NavMath.h"
 #include "navigation/PositionFormatter.h"
 #include "navigation/ValueFormatters.h"
+#include "positioning/GPSSettingsController.h"
 #include "positioning/InstrumentsController.h"
 #include "positioning/NMEA.h"
 #include "positioning/NMEASimulator.h"
@@ -38,8 +39,8 @@ GPSController::GPSController(const Services& services)
 
 void GPSController::loadSettings()
 {
-    constexpr long long noPortOfItsOwn = 5;
-    m_fromInstruments = m_services.settings.integer("type") == noPortOfItsOwn;
+    m_fromInstruments = GPSSettingsController(m_services.settings, ConsumerRole::GPS).type()
+        == GPSSettingsController::noPortOfItsOwn;
 }
 
 void GPSController::setPosition(const PositionFields& fields)

@@ -1,6 +1,7 @@
 #include "positioning/InstrumentsController.h"
 
 #include "navigation/NavMath.h"
+#include "positioning/GPSSettingsController.h"
 #include "positioning/NMEA.h"
 
 namespace kelvox {
@@ -36,7 +37,7 @@ InstrumentsController::InstrumentsController(Executor& main, const Clock& clock,
 
 void InstrumentsController::loadSettings()
 {
-    m_useGPSPort = m_settings.boolean("instruments.useGPSPort");
+    m_useGPSPort = GPSSettingsController(m_settings, ConsumerRole::Instruments).useGPSPort();
 }
 
 const SentenceTable<InstrumentsController::Handler>& InstrumentsController::table()
