@@ -6,6 +6,23 @@
 
 namespace kelvox {
 
+/// Alarms that nobody is told of.
+class NullAlarms final : public Alarms {
+public:
+    void beep() override { }
+    void playSound(const std::string&) override { }
+    void speak(const std::string&) override { }
+    void show(const Alert&) override { }
+    [[nodiscard]] bool isShown(const std::string&) const override { return false; }
+};
+
+/// A bus without anybody else on it.
+class NullNotificationBus final : public NotificationBus {
+public:
+    [[nodiscard]] bool companionRuns() const override { return false; }
+    void post(const std::string&, const std::string&) override { }
+};
+
 /// Receiver and instruments on one line, everything on the calling thread, no alarms: for tools,
 /// benchmarks and tests that only want to know what the sentences say.
 class OwnVessel {
@@ -19,25 +36,14 @@ public:
     }
 
 private:
-    struct NoBus final : NotificationBus {
-        [[nodiscard]] bool companionRuns() const override { return false; }
-        void post(const std::string&, const std::string&) override { }
-    };
-    struct NoAlarms final : Alarms {
-        void beep() override { }
-        void playSound(const std::string&) override { }
-        void speak(const std::string&) override { }
-        void show(const Alert&) override { }
-        [[nodiscard]] bool isShown(const std::string&) const override { return false; }
-    };
     static const Settings& withSharedPort(Settings& settings)
     {
         settings.set("instruments.useGPSPort", true);
         return settings;
     }
 
-    NoBus m_bus;
-    NoAlarms m_alarms;
+    NullNotificationBus m_bus;
+    NullAlarms m_alarms;
 
 public:
     InlineExecutor executor;
