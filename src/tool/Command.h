@@ -40,6 +40,8 @@ private:
 // One function for each file <Name>Command.cpp: declares its commands and says what they do.
 void addInfoCommand(Tool& tool);
 void addNavigationCommand(Tool& tool);
+void addNmeaCommand(Tool& tool);
 void addRasterCommand(Tool& tool);
+void addSimulateCommand(Tool& tool);
 
 } // namespace kelvox

@@ -30,7 +30,9 @@ int main(int argc, char** argv)
     kelvox::Tool tool(app);
     kelvox::addInfoCommand(tool);
     kelvox::addNavigationCommand(tool);
+    kelvox::addNmeaCommand(tool);
     kelvox::addRasterCommand(tool);
+    kelvox::addSimulateCommand(tool);
     tool.command("render", "Draw charts into a PNG");
 
     try {
