@@ -201,7 +201,7 @@ void S57ChartItems::measure()
     const auto include = [](Rect& box, const S57Vector& vector) {
         for (const auto& c : vector.s57Coordinates())
             if (std::isfinite(c.latitude) && std::isfinite(c.longitude))
-                box.include(Point {c.longitude, c.latitude});
+                box.include(Point{c.longitude, c.latitude});
     };
     m_bounds = {};
     for (const auto& feature : m_features) {

@@ -8,7 +8,7 @@
 
 namespace kelvox {
 
-class S52Lupt;
+struct S52Lupt;
 class S57ChartItems;
 class S57Feature;
 class S57Object;
