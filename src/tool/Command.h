@@ -35,9 +35,9 @@ private:
     int m_exitCode = 0;
 };
 
-// One per file <Name>Command.cpp: declares the command and what it does.
-
 // One function for each file <Name>Command.cpp: declares the command and says what it does.
 void addInfoCommand(Tool& tool);
+void addNmeaCommand(Tool& tool);
+void addSimulateCommand(Tool& tool);
 
 } // namespace kelvox

@@ -29,6 +29,8 @@ int main(int argc, char** argv)
     app.set_version_flag("--version", KELVOX_VERSION);
     kelvox::Tool tool(app);
     kelvox::addInfoCommand(tool);
+    kelvox::addNmeaCommand(tool);
+    kelvox::addSimulateCommand(tool);
     tool.command("render", "Draw charts into a PNG");
 
     try {
