@@ -36,6 +36,7 @@ private:
 };
 
 // One function for each file <Name>Command.cpp: declares the command and says what it does.
+void addAISCommand(Tool& tool);
 void addInfoCommand(Tool& tool);
 void addNmeaCommand(Tool& tool);
 void addSimulateCommand(Tool& tool);
