@@ -1,5 +1,6 @@
 // Lines to the AIS controller as from its port, then what the program does with the table.
 
+#include "ais/AISPicture.h"
 #include "ais/AISStation.h"
 
 #include <cstdlib>
@@ -31,6 +32,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (!controller.updateAISInfo())
             std::abort();
     }
+    AISPicture picture;
+    const AISView view{.pointAt =
+                           [](Position p) {
+                               return Point{p.longitude, p.latitude};
+                           },
+                       .pointsPerMetre = [](double) { return 0.1; },
+                       .visible = {-200, -200, 200, 200}};
+    picture.update(model, view, {.selected = AISPosition::cursorKey}, station.clock.now());
+    (void)picture.targetAt({0, 0}, 5);
     station.idle.run();
     station.clock.advance(std::chrono::seconds(901));
     controller.aisPositionTimer();
