@@ -28,6 +28,7 @@ int main(int argc, char** argv)
     app.require_subcommand(1);
     app.set_version_flag("--version", KELVOX_VERSION);
     kelvox::Tool tool(app);
+    kelvox::addAISCommand(tool);
     kelvox::addInfoCommand(tool);
     kelvox::addNavigationCommand(tool);
     kelvox::addNmeaCommand(tool);
