@@ -35,8 +35,7 @@ private:
     int m_exitCode = 0;
 };
 
-// One per file <Name>Command.cpp: declares the command and what it does.
-
 // One function for each file <Name>Command.cpp: declares the command and says what it does.
+void addGribCommand(Tool& tool);
 
 } // namespace kelvox

@@ -8,6 +8,7 @@ int main(int argc, char** argv)
     app.require_subcommand(1);
     app.set_version_flag("--version", KELVOX_VERSION);
     kelvox::Tool tool(app);
+    kelvox::addGribCommand(tool);
 
     try {
         app.parse(argc, argv);
