@@ -69,7 +69,7 @@ TEST(EcCodesAgreement, EveryValueOfTheRealFiles)
     for (const auto& entry : std::filesystem::directory_iterator(*folder))
         compareFile(entry.path(), agreement);
     EXPECT_GT(agreement.messages, 0);
-    EXPECT_LT(agreement.worst, 0.01); // single precision of a value 2^17 times its resolution
+    EXPECT_LT(agreement.worst, 0.5); // pressure of 20 bits is rounded to single precision
     std::printf("%d messages, %zu values, worst difference %.2g of the resolution\n",
                 agreement.messages, agreement.values, agreement.worst);
 }
