@@ -73,6 +73,7 @@ public:
     /// Where grids overlap the finest that has a value there counts.
     [[nodiscard]] GribValues valuesAt(Position position, GribTime time) const;
 
+    [[nodiscard]] const UnitsModel& units() const { return m_units; }
     /// Kelvin in the user's unit. A result below -50 shows that the file was in degrees Celsius
     /// already; it is then converted from there.
     [[nodiscard]] float temperature(float value) const;

@@ -59,8 +59,8 @@ GribSurface::GribSurface(const GribModel& model, const GribPoints& points, GribF
     fillGaps(); // a spline reaches two points far
 }
 
-/// A point without value takes the mean of its neighbours' straight continuations, or of the
-/// neighbours themselves: one value a point, so that the surface has no cracks between cells.
+/// A point without value takes the mean of its neighbours' straight continuations, else of
+/// the neighbours themselves: one value a point, so that the surface has no cracks between cells.
 void GribSurface::fillGaps()
 {
     const std::vector<float> before = m_values;
@@ -73,19 +73,27 @@ void GribSurface::fillGaps()
         for (int column = 0; column < m_columns; ++column) {
             if (!std::isnan(before[index(column, row)]))
                 continue;
-            float sum = 0;
-            int count = 0;
+            float continued = 0;
+            float near = 0;
+            int continuedCount = 0;
+            int nearCount = 0;
             for (int dy = -1; dy <= 1; ++dy)
                 for (int dx = -1; dx <= 1; ++dx) {
-                    const float near = value(column + dx, row + dy);
-                    if (std::isnan(near))
+                    const float first = value(column + dx, row + dy);
+                    if (std::isnan(first))
                         continue;
-                    const float far = value(column + 2 * dx, row + 2 * dy);
-                    sum += std::isnan(far) ? near : 2 * near - far;
-                    ++count;
+                    near += first;
+                    ++nearCount;
+                    const float second = value(column + 2 * dx, row + 2 * dy);
+                    if (std::isnan(second))
+                        continue;
+                    continued += 2 * first - second;
+                    ++continuedCount;
                 }
-            if (count > 0)
-                m_values[index(column, row)] = sum / static_cast<float>(count);
+            if (continuedCount > 0)
+                m_values[index(column, row)] = continued / static_cast<float>(continuedCount);
+            else if (nearCount > 0)
+                m_values[index(column, row)] = near / static_cast<float>(nearCount);
         }
 }
 
