@@ -201,13 +201,13 @@ std::vector<GribCentre> gribCentres(const GribModel& model, GribField field)
         const int firstColumn = wraps ? 0 : reachX;
         const int endColumn = grid.longitudeCount - (wraps ? 0 : reachX);
         // 1 for a high, -1 for a low, 0 for neither; of equal neighbours the first one counts.
-        const auto kindOf = [&](int column, int row) {
+        const auto kindWithin = [&](int column, int row, int x, int y) {
             const float here = value(column, row);
             bool high = !isMissing(here);
             bool low = high;
             double sum = 0;
-            for (int dy = -reachY; dy <= reachY && (high || low); ++dy)
-                for (int dx = -reachX; dx <= reachX && (high || low); ++dx) {
+            for (int dy = -y; dy <= y && (high || low); ++dy)
+                for (int dx = -x; dx <= x && (high || low); ++dx) {
                     if (dx == 0 && dy == 0)
                         continue;
                     const float there = value(column + dx, row + dy);
@@ -218,10 +218,14 @@ std::vector<GribCentre> gribCentres(const GribModel& model, GribField field)
                     low = low && (before ? there > here : there >= here);
                     sum += there;
                 }
-            const double mean = sum / ((2 * reachX + 1) * (2 * reachY + 1) - 1);
-            if (std::abs(mean - here) < leastProminence(field))
+            const double mean = sum / ((2 * x + 1) * (2 * y + 1) - 1);
+            if (x > 1 && std::abs(mean - here) < leastProminence(field))
                 return 0;
             return high == low ? 0 : high ? 1 : -1;
+        };
+        // Hardly any point stands out from its next neighbours: the rest need no wide look.
+        const auto kindOf = [&](int column, int row) {
+            return kindWithin(column, row, 1, 1) == 0 ? 0 : kindWithin(column, row, reachX, reachY);
         };
         for (int row = reachY; row < grid.latitudeCount - reachY; ++row)
             for (int column = firstColumn; column < endColumn; ++column) {
