@@ -2,8 +2,10 @@
 #include "weather/GribMessage.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
+#include <utility>
 
 namespace kelvox {
 
@@ -22,46 +24,60 @@ std::uint64_t load64(const std::uint8_t* bytes)
     return value;
 }
 
-/// value = offset + X * factor, X unsigned, most significant bit first, without gaps.
+/// value = base + X * factor, X unsigned, most significant bit first, without gaps.
+struct Scale {
+    double base;
+    double factor;
+
+    [[nodiscard]] float operator()(std::int64_t x) const
+    {
+        return static_cast<float>(base + static_cast<double>(x) * factor);
+    }
+};
+
+/// Eight octets from any bit on hold any value of up to 32 bits.
+float valueAt(const std::uint8_t* bytes, std::size_t bit, unsigned width, const Scale& scale)
+{
+    return scale(static_cast<std::int64_t>(load64(bytes + bit / 8) << (bit % 8) >> (64 - width)));
+}
+
+/// Eight values fill whole octets, so that with a fixed width every shift is a constant. Returns
+/// how many values it unpacked; the last ones are left, where eight octets would run past the end.
+template <unsigned width> std::size_t unpackBlocks(Bytes data, std::span<float> values, Scale scale)
+{
+    std::size_t done = 0;
+    const std::uint8_t* bytes = data.data();
+    const std::uint8_t* const end = bytes + data.size();
+    for (; done + 8 <= values.size() && end - bytes >= width + 8; done += 8, bytes += width)
+        for (unsigned i = 0; i < 8; ++i)
+            values[done + i] = valueAt(bytes, i * width, width, scale);
+    return done;
+}
+
+using UnpackBlocks = std::size_t (*)(Bytes, std::span<float>, Scale);
+template <std::size_t... index>
+constexpr auto unpackersOf(std::index_sequence<index...> /*widths from 1*/)
+{
+    return std::array<UnpackBlocks, sizeof...(index)>{unpackBlocks<index + 1>...};
+}
+
 void unpackBits(const GribMessage& message, std::span<float> values)
 {
-    const double factor = message.binaryScale * message.decimalScale;
-    const double base = message.reference * message.decimalScale;
-    const auto value = [factor, base](std::uint64_t x) {
-        return static_cast<float>(base + static_cast<double>(x) * factor);
-    };
-    const Bytes data = message.data;
-    const auto width = static_cast<std::size_t>(message.bitsPerValue);
-    const std::size_t count = values.size();
-
+    static constexpr auto unpackers = unpackersOf(std::make_index_sequence<32>());
+    const Scale scale{.base = message.reference * message.decimalScale,
+                      .factor = message.binaryScale * message.decimalScale};
+    const auto width = static_cast<unsigned>(message.bitsPerValue);
     if (width == 0) {
-        std::fill(values.begin(), values.end(), static_cast<float>(base));
+        std::fill(values.begin(), values.end(), scale(0));
         return;
     }
-    if (width == 8) {
-        for (std::size_t i = 0; i < count; ++i)
-            values[i] = value(data[i]);
-        return;
-    }
-    if (width == 16) {
-        for (std::size_t i = 0; i < count; ++i)
-            values[i] = value(static_cast<std::uint64_t>(data[2 * i] << 8 | data[2 * i + 1]));
-        return;
-    }
-    // Eight octets hold any value of up to 32 bits whatever bit it begins at.
-    const unsigned drop = 64 - static_cast<unsigned>(width);
-    std::size_t whole = 0;
-    if (data.size() >= 8)
-        whole = std::min(count, ((data.size() - 8) * 8 + 7) / width + 1);
-    std::size_t bit = 0;
-    for (std::size_t i = 0; i < whole; ++i, bit += width)
-        values[i] = value(load64(&data[bit / 8]) << (bit % 8) >> drop);
-    for (std::size_t i = whole; i < count; ++i, bit += width) {
+    const Bytes data = message.data;
+    for (std::size_t i = unpackers[width - 1](data, values, scale); i < values.size(); ++i) {
         std::uint8_t window[8] = {};
-        const std::size_t at = bit / 8;
+        const std::size_t at = i * width / 8;
         std::copy_n(data.begin() + static_cast<std::ptrdiff_t>(at),
                     std::min<std::size_t>(8, data.size() - at), window);
-        values[i] = value(load64(window) << (bit % 8) >> drop);
+        values[i] = valueAt(window, i * width % 8, width, scale);
     }
 }
 
