@@ -38,5 +38,6 @@ private:
 // One per file <Name>Command.cpp: declares the command and what it does.
 
 // One function for each file <Name>Command.cpp: declares the command and says what it does.
+void addInfoCommand(Tool& tool);
 
 } // namespace kelvox

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "painting/AreaFiller.h"
+#include "presentation/Canvas.h"
+
+#include <QImage>
+#include <QPainter>
+
+namespace kelvox {
+
+/// Paints onto a band of rows of a picture. Each band has a canvas of its own, on any thread.
+class PainterCanvas final : public Canvas {
+public:
+    /// @param buffer the band's pixels, @param top its first row in the picture
+    PainterCanvas(const PixelBuffer& buffer, int top, double pixelsPerPoint);
+
+    void fillArea(const Path& rings, DisplayColor color) override;
+    void strokeLine(const Path& lines, const Stroke& stroke) override;
+
+private:
+    PixelBuffer m_buffer;
+    int m_top;
+    double m_pixelsPerPoint;
+    QImage m_image; ///< the band, sharing its pixels
+    QPainter m_painter;
+    AreaFiller m_filler;
+    QPolygonF m_polygon;
+};
+
+[[nodiscard]] inline QColor toQColor(DisplayColor color)
+{
+    return {color.red, color.green, color.blue, color.alpha};
+}
+
+} // namespace kelvox

@@ -1,0 +1,164 @@
+// kelvox-render: what kelvox-tool runs for its command render, apart from it so that nothing else
+// there waits for a graphics library to load.
+
+#include "base/Folders.h"
+#include "painting/ChartPainter.h"
+#include "presentation/S52Model.h"
+#include "s57/S57CellLoader.h"
+
+#include <CLI/CLI.hpp>
+#include <QGuiApplication>
+
+#include <cstdio>
+#include <mutex>
+#include <optional>
+
+namespace {
+using namespace kelvox;
+
+struct Options {
+    std::string output;
+    std::string size = "1024x768";
+    std::string center;
+    int scale = 0;
+    float rotate = 0;
+    std::string palette = "day";
+    double dpi = S57Controller::maximumDpi;
+    bool noUpdates = false;
+    std::vector<std::string> paths;
+};
+
+struct PictureSize {
+    int width;
+    int height;
+};
+
+std::optional<PictureSize> parseSize(const std::string& text)
+{
+    constexpr int largest = 16'384;
+    PictureSize size{};
+    char end = 0;
+    if (std::sscanf(text.c_str(), "%dx%d%c", &size.width, &size.height, &end) != 2)
+        return std::nullopt;
+    const bool fits =
+        size.width > 0 && size.height > 0 && size.width <= largest && size.height <= largest;
+    return fits ? std::optional(size) : std::nullopt;
+}
+
+std::optional<Position> parsePosition(const std::string& text)
+{
+    Position position;
+    char end = 0;
+    if (std::sscanf(text.c_str(), "%lf,%lf%c", &position.latitude, &position.longitude, &end) != 2)
+        return std::nullopt;
+    const bool onEarth = std::abs(position.latitude) < 90 && std::abs(position.longitude) <= 360;
+    return onEarth ? std::optional(position) : std::nullopt;
+}
+
+int fail(const std::string& message)
+{
+    std::fprintf(stderr, "kelvox-tool: %s\n", message.c_str());
+    return 1;
+}
+
+/// Loads all cells on the pool; those that fail are reported and left out.
+std::vector<std::shared_ptr<const CellGeometry>> loadCells(const Options& options, WorkerPool& pool,
+                                                           std::vector<Error>& problems)
+{
+    const auto paths =
+        S57CellLoader::findCells({options.paths.begin(), options.paths.end()}, problems);
+    std::vector<std::shared_ptr<const CellGeometry>> cells(paths.size());
+    std::mutex mutex;
+    pool.forEach(paths.size(), [&](std::size_t i) {
+        using Updates = S57CellLoader::Updates;
+        const auto loaded =
+            S57CellLoader::load(paths[i], options.noUpdates ? Updates::Leave : Updates::Apply);
+        if (loaded) {
+            cells[i] = std::make_shared<CellGeometry>(loaded->cell);
+        } else {
+            const std::lock_guard lock(mutex);
+            problems.push_back(loaded.error());
+        }
+    });
+    std::erase(cells, nullptr);
+    std::ranges::stable_sort(cells, {}, [](const auto& geometry) {
+        return geometry->cell().parameters().compiledScale;
+    });
+    return cells;
+}
+
+int render(const Options& options, PictureSize size, const std::optional<Position>& center)
+{
+    WorkerPool pool(std::max(std::thread::hardware_concurrency(), 2U) - 1);
+    std::vector<Error> problems;
+    ChartScene scene;
+    scene.cells = loadCells(options, pool, problems);
+    for (const auto& problem : problems)
+        fail(problem.message);
+    if (scene.cells.empty())
+        return problems.empty() ? fail("no cells in what was named") : 1;
+
+    S52Model library({folders::applicationResources(), folders::userData()});
+    const std::string table = options.palette == "day" ? "DAY"
+        : options.palette == "dusk"                    ? "DUSK"
+                                                       : "NIGHT";
+    const auto colors = library.cols().find(table);
+    if (colors == library.cols().end())
+        return fail("the presentation library has no colours: " + table);
+    scene.colors = RenderColors::from(colors->second.ccie());
+
+    Rect bounds;
+    for (const auto& geometry : scene.cells)
+        bounds.include(geometry->cell().bounds());
+    if (bounds.isEmpty())
+        return fail("nothing to show in " + options.paths.front());
+    // View points count at most 66 to the inch; a finer output has several pixels for each.
+    const auto dpi =
+        static_cast<unsigned>(std::min<double>(options.dpi, S57Controller::maximumDpi));
+    const double pixelsPerPoint = std::max(options.dpi / dpi, 1.0);
+    ViewFrame frame = ViewFrame::fitting(bounds, size.width, size.height, pixelsPerPoint, dpi);
+    const Position middle = center.value_or(frame.view.pointToPosition(frame.center));
+    frame = ViewFrame::at(middle, options.scale > 0 ? options.scale : frame.view.scale(),
+                          options.rotate, size.width, size.height, pixelsPerPoint, dpi);
+
+    const QImage picture = ChartPainter(pool).paint(scene, frame);
+    if (picture.isNull() || !picture.save(QString::fromStdString(options.output)))
+        return fail(options.output + ": cannot be written");
+    return problems.empty() ? 0 : 1;
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App app("Draw charts into a PNG", "kelvox-tool render");
+    Options options;
+    app.add_option("-o,--output", options.output, "The picture, a PNG")->required();
+    app.add_option("--size", options.size, "Width and height in pixels, e.g. 1024x768");
+    app.add_option("--center", options.center, "LAT,LON in degrees; fits the charts without");
+    app.add_option("--scale", options.scale, "Scale denominator; fits the charts without")
+        ->check(CLI::Range(500, 200'000'000));
+    app.add_option("--rotate", options.rotate, "Degrees to turn the chart counter-clockwise")
+        ->check(CLI::Range(-360.0, 360.0));
+    app.add_option("--palette", options.palette, "day, dusk or night")
+        ->check(CLI::IsMember({"day", "dusk", "night"}));
+    app.add_option("--dpi", options.dpi, "Pixels per inch of the picture")
+        ->check(CLI::Range(10.0, 1200.0));
+    app.add_flag("--no-updates", options.noUpdates, "Leave the update files beside a cell");
+    app.add_option("paths", options.paths, "Cells, catalogues or folders")->required();
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : 2;
+    }
+    const auto size = parseSize(options.size);
+    const auto center = options.center.empty() ? std::nullopt : parsePosition(options.center);
+    if (!size || (!options.center.empty() && !center)) {
+        std::fprintf(stderr, "kelvox-tool: %s is not understood\n",
+                     size ? options.center.c_str() : options.size.c_str());
+        return 2;
+    }
+    if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication gui(argc, argv);
+    return render(options, *size, center);
+}

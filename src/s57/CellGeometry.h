@@ -1,0 +1,96 @@
+#pragma once
+
+#include "base/Rect.h"
+#include "s57/S57ChartItems.h"
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace kelvox {
+
+/// The line work of one cell, laid out for drawing: flat arrays that any thread may read.
+///
+/// Places are longitude in degrees and Mercator ordinate (S57Controller::mercatorOrdinate), both in
+/// single precision, so that the step to view points is one affine transform. Each edge stands
+/// once, its end nodes included, however many features share it.
+///
+/// Every vertex carries the detail from which on it matters: its distance from the line that is
+/// left when it and all finer ones are gone (Douglas and Peucker, 1973). Simplifying an edge on its
+/// own, between fixed ends, keeps neighbouring areas without gap or overlap at every scale.
+class CellGeometry {
+public:
+    /// Keeps the cell alive; nothing in it may change any more.
+    explicit CellGeometry(std::shared_ptr<const S57ChartItems> cell);
+    ~CellGeometry();
+    CellGeometry(const CellGeometry&) = delete;
+    CellGeometry& operator=(const CellGeometry&) = delete;
+
+    struct Vertex {
+        float longitude = 0;
+        float ordinate = 0;
+    };
+    struct Edge {
+        std::uint32_t first = 0; ///< its vertices, from the start node to the end node
+        std::uint32_t count = 0;
+        bool hasStart = false; ///< whether the first vertex is the start node
+        bool hasEnd = false;
+    };
+    /// One edge as a feature runs along it.
+    struct Use {
+        std::uint32_t edge = 0;
+        bool reversed = false;
+        bool startsRing = false; ///< whether a new sub-path may begin here
+    };
+
+    [[nodiscard]] const S57ChartItems& cell() const { return *m_cell; }
+    [[nodiscard]] std::size_t vertexCount() const { return m_vertices.size(); }
+    [[nodiscard]] std::span<const Vertex> vertices(const Edge& edge) const
+    {
+        return std::span(m_vertices).subspan(edge.first, edge.count);
+    }
+    [[nodiscard]] std::span<const std::uint8_t> details(const Edge& edge) const
+    {
+        return std::span(m_details).subspan(edge.first, edge.count);
+    }
+    [[nodiscard]] const Edge& edge(const Use& use) const { return m_edges[use.edge]; }
+
+    /// The edges of the feature at a place of the cell's feature list.
+    [[nodiscard]] std::span<const Use> uses(std::size_t feature) const;
+    /// x longitude in degrees, y ordinate; empty for a feature without a place.
+    [[nodiscard]] Rect bounds(std::size_t feature) const;
+    [[nodiscard]] Rect bounds() const { return m_bounds; }
+
+    /// The features whose bounds meet the box, in drawing order: coverage, the skin of the earth,
+    /// other areas, lines, points; within each as the cell stores them. Stored order alone would
+    /// let an area hide the buoys that stand before it in the file.
+    [[nodiscard]] std::vector<std::uint32_t> featuresIn(const Rect& box) const;
+
+    /// Vertices whose detail code is at least this matter at a tolerance in ordinate units
+    /// (radians at the equator). Codes grow with the tolerance, eight to each doubling.
+    [[nodiscard]] static std::uint8_t detailCode(float tolerance);
+
+private:
+    class Index;
+    void addEdge(const S57Vector& vector);
+    void addFeature(const S57Feature& feature);
+    void buildDrawingOrder();
+
+    std::shared_ptr<const S57ChartItems> m_cell;
+    std::vector<Vertex> m_vertices;
+    std::vector<std::uint8_t> m_details;
+    std::vector<Edge> m_edges;
+    std::unordered_map<std::uint64_t, std::uint32_t> m_edgeByKey; ///< dropped after building
+    std::vector<Use> m_uses;
+    struct Shape {
+        std::uint32_t firstUse = 0;
+        std::uint32_t useCount = 0;
+        float left = 0, bottom = 0, right = -1, top = -1; ///< empty
+    };
+    std::vector<Shape> m_shapes; ///< beside the cell's features
+    std::vector<std::uint32_t> m_drawingRank; ///< of each feature
+    std::unique_ptr<Index> m_index;
+    Rect m_bounds;
+};
+
+} // namespace kelvox
