@@ -5,6 +5,7 @@
 #include "demo/PlanarMap.h"
 #include "s57/S57CellWriter.h"
 
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -62,6 +63,14 @@ public:
     void area(std::string_view acronym, const DemoLine& ring, const Attributes& attributes,
               Reach reach = Always);
 
+    /// Keeps a feature under a name, for an update to find.
+    void remember(const std::string& name, FeatureID feature) { m_named.emplace(name, feature); }
+    [[nodiscard]] std::optional<FeatureID> named(const std::string& name) const
+    {
+        const auto it = m_named.find(name);
+        return it == m_named.end() ? std::nullopt : std::optional(it->second);
+    }
+
     /// The edges of one contour, for an update to change; nothing when there is none that long.
     [[nodiscard]] std::optional<std::pair<S57FeatureSpatial, std::vector<S57Place>>>
     contourEdge(double level, std::size_t places) const;
@@ -84,6 +93,7 @@ private:
         std::vector<S57Place> places;
     };
     std::vector<Contour> m_contours; ///< of one edge each
+    std::map<std::string, FeatureID> m_named;
 };
 
 /// "5" or "7.5": a number as attribute text.

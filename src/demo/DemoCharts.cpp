@@ -1,6 +1,6 @@
 #include "demo/DemoCharts.h"
 
-#include "demo/DemoCell.h"
+#include "demo/DemoScene.h"
 #include "s57/ISO8211Wrap.h"
 
 namespace kelvox {
@@ -42,10 +42,16 @@ Result<void> DemoCharts::write(const std::filesystem::path& folder, int size)
 {
     for (const DemoChart& chart : charts(size)) {
         DemoCell cell(chart);
-        const std::vector<DemoWork> works;
+        const auto works = demoWorks(chart.usageBand);
         if (!cell.addGround(works))
             return failure(Error::Code::OutOfRange, chart.name + ": its contours contradict");
         cell.addSoundings(works);
+        addSeaways(cell);
+        addDangers(cell);
+        addAids(cell);
+        addLand(cell);
+        addHarbour(cell);
+        addNames(cell);
         if (auto saved = cell.writer().save(folder); !saved)
             return saved;
     }

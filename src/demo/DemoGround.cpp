@@ -220,7 +220,8 @@ double DemoGround::elevation(Point p) const
     if (inland >= 0)
         return std::min(highWater + inland * 0.035, 30.0);
     // Flats here, steep-to there.
-    const double offshore = -inland * (1.05 + 1.5 * noise(p.x / 2'300, p.y / 2'300, 61));
+    const double offshore =
+        -inland + std::min(-inland, 700.0) * 1.5 * noise(p.x / 2'300, p.y / 2'300, 61);
     const double plain = seabedDepth(offshore);
     const double relief =
         fractal(p, 5'200, 0, 0.55, 40) + 2.2 * wide * noise(p.x / 17'000, p.y / 17'000, 62);
