@@ -56,7 +56,7 @@ public:
     {
         const auto equipment = m_cell.point(acronym, m_place, attributes, reach);
         if (m_structure && equipment)
-            m_cell.writer().relate(*m_structure, *equipment);
+            m_cell.equip(*m_structure, *equipment);
         return *this;
     }
     Mark& light(const Rhythm& rhythm)
@@ -175,11 +175,11 @@ void addDangerMarks(DemoCell& cell)
 {
     cardinal(cell, {3'640, -7'420}, "Hern North", Quarter::North);
     cardinal(cell, {3'500, -9'350}, "Hern South", Quarter::South);
-    cardinal(cell, {5'250, -6'500}, "Tithing West", Quarter::West);
-    cardinal(cell, {-7'950, -6'750}, "Sorrel East", Quarter::East);
+    cardinal(cell, {4'950, -4'900}, "Tithing West", Quarter::West);
+    cardinal(cell, {-6'450, -6'300}, "Sorrel East", Quarter::East);
     cardinal(cell, {-2'760, -2'500}, "Monk South", Quarter::South);
     cardinal(cell, {-1'950, -1'780}, "Monk East", Quarter::East);
-    cardinal(cell, {-30'500, -24'800}, "Drummel", Quarter::South);
+    cardinal(cell, {-29'300, -30'600}, "Drummel", Quarter::South);
     cardinal(cell, {14'500, -20'500}, "Carrow", Quarter::West);
     Mark(cell, "BOYISD", {-4'800, -6'040},
          {{"OBJNAM", "Fair Maid"},
@@ -202,11 +202,11 @@ void addDangerMarks(DemoCell& cell)
 void addSpecialMarks(DemoCell& cell)
 {
     const Rhythm yellow{"2", "(1)", "5", "6", "2"};
-    special(cell, {-6'950, -2'850}, "Farm NW", "55", yellow);
-    special(cell, {-5'850, -2'700}, "Farm NE", "55", unlit);
-    special(cell, {-5'750, -3'320}, "Farm SE", "55", yellow);
-    special(cell, {-6'870, -3'480}, "Farm SW", "55", unlit);
-    special(cell, {4'230, -3'420}, "Outfall", "8", yellow);
+    special(cell, {-5'350, -3'930}, "Farm NW", "55", yellow);
+    special(cell, {-4'350, -3'780}, "Farm NE", "55", unlit);
+    special(cell, {-4'230, -4'400}, "Farm SE", "55", yellow);
+    special(cell, {-5'270, -4'570}, "Farm SW", "55", unlit);
+    special(cell, {6'680, -3'330}, "Outfall", "8", yellow);
     special(cell, {10'500, -26'200}, "K2", "9", {"2", "(5)", "20", "6", "5"});
     special(cell, {-15'500, -19'200}, "Range", "1", {"2", "(1)", "10", "6", "3"});
     Mark(cell, "BOYLAT", {1'050, -300},
@@ -260,7 +260,7 @@ void addBeacons(DemoCell& cell)
                 attributes.emplace_back("ORIENT", "9.4");
                 return attributes;
             }());
-    Mark(cell, "BCNCAR", {-4'550, -2'520},
+    Mark(cell, "BCNCAR", {-4'500, -3'000},
          {{"OBJNAM", "Abbot"},
           {"BCNSHP", "5"},
           {"CATCAM", "3"},
@@ -306,17 +306,19 @@ void addLighthouses(DemoCell& cell)
         .sector({"8", "(2)", "8", "1", "12", "26"}, "350", "357")
         .sector({"8", "(2)", "8", "4", "9", "26"}, "290", "350")
         .sector({"8", "(2)", "8", "1", "12", "26"}, "45", "110");
-    Mark(cell, "LNDMRK", {-11'950, -8'350}, tower("Great Sorrel", "1,2", "18"))
+    Mark(cell, "LNDMRK", {-11'900, -8'300}, tower("Great Sorrel", "1,2", "18"))
         .light({"8", "(1)", "10", "1", "17", "72"});
-    Mark(cell, "LNDMRK", {11'500, -5'300}, tower("Tithings", "1", "10"))
+    Mark(cell, "LNDMRK", {6'900, -5'420}, tower("Tithings", "1", "10"))
         .sector({"2", "(4)", "15", "1", "14", "19"}, "180", "345")
         .sector({"2", "(4)", "15", "3", "10", "19"}, "345", "60");
-    Mark(cell, "LNDMRK", {21'300, -18'200}, tower("Carrow Point", "1,3", "29"))
+    Mark(cell, "LNDMRK", {17'500, -19'300}, tower("Carrow Point", "1,3", "29"))
         .light({"2", "(2)", "15", "1", "24", "55"});
-    Mark(cell, "LNDMRK", {-30'000, -20'600}, tower("Long Drummel", "1", "22"))
+    Mark(cell, "LNDMRK", {-28'800, -19'700}, tower("Long Drummel", "1", "22"))
         .light({"2", "(1)", "7.5", "1", "20", "48"});
-    Mark(cell, "LNDMRK", {-60'000, -44'500}, tower("Brannay", "2,1", "31"))
+    Mark(cell, "LNDMRK", {-64'000, -42'000}, tower("Brannay", "2,1", "31"))
         .light({"2", "(2)", "30", "1", "25", "61"});
+    Mark(cell, "LNDMRK", {9'000, -63'200}, tower("Lantern", "3", "25"))
+        .light({"2", "(1)", "20", "1", "23", "58"});
     Mark(cell, "OFSPLF", {9'500, -19'600},
          {{"OBJNAM", "Brigand A"},
           {"CATOFP", "2"},

@@ -115,16 +115,17 @@ std::optional<DemoCell::FeatureID> DemoCell::point(std::string_view acronym, Poi
                              withReach(std::move(attributes), reach));
 }
 
-void DemoCell::line(std::string_view acronym, const DemoLine& line, const Attributes& attributes,
-                    Reach reach)
+std::optional<DemoCell::FeatureID> DemoCell::line(std::string_view acronym, const DemoLine& line,
+                                                  const Attributes& attributes, Reach reach)
 {
     std::vector<S57FeatureSpatial> spatials;
     for (const DemoLine& piece : clippedLine(line, m_chart.area))
         if (const auto edges = m_writer.edges(positionsOf(piece)); !edges.empty())
             spatials.insert(spatials.end(), edges.begin(), edges.end());
-    if (!spatials.empty())
-        m_writer.addFeature(acronym, S57Feature::line, std::move(spatials),
-                            withReach(attributes, reach));
+    if (spatials.empty())
+        return std::nullopt;
+    return m_writer.addFeature(acronym, S57Feature::line, std::move(spatials),
+                               withReach(attributes, reach));
 }
 
 void DemoCell::area(std::string_view acronym, const DemoLine& ring, const Attributes& attributes,
@@ -339,13 +340,21 @@ void DemoCell::addSoundings(const std::vector<DemoWork>& works)
         m_writer.addSoundings(kept[i], withReach({{"TECSOU", "3"}}, reach[i]));
 }
 
-std::optional<std::pair<S57FeatureSpatial, std::vector<S57Place>>>
-DemoCell::contourEdge(double level, std::size_t places) const
+const DemoCell::Contour* DemoCell::contourEdge(double level, std::size_t places) const
 {
-    for (const Contour& contour : m_contours)
-        if (contour.level == level && contour.places.size() >= places)
-            return std::pair{contour.edge, contour.places};
-    return std::nullopt;
+    const auto it = std::find_if(m_contours.begin(), m_contours.end(), [&](const Contour& contour) {
+        return contour.level == level && contour.places.size() >= places;
+    });
+    return it == m_contours.end() ? nullptr : &*it;
+}
+
+std::vector<DemoCell::FeatureID> DemoCell::withEquipment(FeatureID structure) const
+{
+    std::vector<FeatureID> all{structure};
+    const auto [first, last] = m_equipment.equal_range(structure);
+    for (auto it = first; it != last; ++it)
+        all.push_back(it->second);
+    return all;
 }
 
 } // namespace kelvox

@@ -47,6 +47,7 @@ public:
     [[nodiscard]] const DemoChart& chart() const { return m_chart; }
     [[nodiscard]] const DemoGround& ground() const { return m_ground; }
     [[nodiscard]] S57CellWriter& writer() { return m_writer; }
+    [[nodiscard]] const S57CellWriter& writer() const { return m_writer; }
     /// Whether the chart is at least as large in scale as this usage band.
     [[nodiscard]] bool isAtLeast(int usageBand) const { return m_chart.usageBand >= usageBand; }
 
@@ -58,22 +59,34 @@ public:
     /// Nothing when the place is outside the chart.
     std::optional<FeatureID> point(std::string_view acronym, Point place, Attributes attributes,
                                    Reach reach = Always);
-    void line(std::string_view acronym, const DemoLine& line, const Attributes& attributes,
-              Reach reach = Always);
+    std::optional<FeatureID> line(std::string_view acronym, const DemoLine& line,
+                                  const Attributes& attributes, Reach reach = Always);
     void area(std::string_view acronym, const DemoLine& ring, const Attributes& attributes,
               Reach reach = Always);
 
-    /// Keeps a feature under a name, for an update to find.
+    /// Relates a structure to what it carries.
+    void equip(FeatureID structure, FeatureID equipment)
+    {
+        m_writer.relate(structure, equipment);
+        m_equipment.emplace(structure, equipment);
+    }
+    // For an update to find: features by name, a structure with its equipment after it, and
+    // contours.
     void remember(const std::string& name, FeatureID feature) { m_named.emplace(name, feature); }
+    [[nodiscard]] std::vector<FeatureID> withEquipment(FeatureID structure) const;
     [[nodiscard]] std::optional<FeatureID> named(const std::string& name) const
     {
         const auto it = m_named.find(name);
         return it == m_named.end() ? std::nullopt : std::optional(it->second);
     }
 
-    /// The edges of one contour, for an update to change; nothing when there is none that long.
-    [[nodiscard]] std::optional<std::pair<S57FeatureSpatial, std::vector<S57Place>>>
-    contourEdge(double level, std::size_t places) const;
+    struct Contour {
+        double level = 0;
+        S57FeatureSpatial edge;
+        std::vector<S57Place> places;
+    };
+    /// A contour of one edge with so many places or more; null when there is none.
+    [[nodiscard]] const Contour* contourEdge(double level, std::size_t places) const;
 
 private:
     [[nodiscard]] Attributes withReach(Attributes attributes, Reach reach) const;
@@ -87,12 +100,8 @@ private:
     DemoGround m_ground;
     S57CellWriter m_writer;
     std::vector<std::vector<S57FeatureSpatial>> m_lineSpatials; ///< by line of the map
-    struct Contour {
-        double level = 0;
-        S57FeatureSpatial edge;
-        std::vector<S57Place> places;
-    };
-    std::vector<Contour> m_contours; ///< of one edge each
+    std::vector<Contour> m_contours;
+    std::multimap<FeatureID, FeatureID> m_equipment;
     std::map<std::string, FeatureID> m_named;
 };
 

@@ -10,6 +10,7 @@ namespace kelvox {
 class DemoCharts {
 public:
     static constexpr int largest = 8;
+    static constexpr const char* updatedChart = "KV5K1011"; ///< the one that has an update
 
     /// Writes the cells, one update and CATALOG.031 into the folder: an overview, a coastal, an
     /// approach and two adjacent harbour charts. The same bytes on every machine.

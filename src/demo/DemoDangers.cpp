@@ -54,7 +54,7 @@ void addWrecks(DemoCell& cell)
           Wreck{{1'650, -2'250}, "1", "3", "11.4", ""},
           Wreck{{-3'350, -2'300}, "5", "4", "", "Prosper"},
           Wreck{{-1'150, -2'620}, "2", "3", "", ""}, Wreck{{5'100, -9'600}, "1", "3", "24", ""},
-          Wreck{{7'600, -4'100}, "4", "3", "", ""}, Wreck{{2'900, -900}, "2", "3", "1.8", ""},
+          Wreck{{7'600, -4'100}, "4", "3", "", ""}, Wreck{{2'600, -1'250}, "2", "3", "1.8", ""},
           Wreck{{-16'500, -13'500}, "1", "3", "38", ""},
           Wreck{{13'000, -26'500}, "2", "3", "19", ""},
           Wreck{{-6'000, -34'500}, "1", "3", "61", ""},
@@ -75,7 +75,7 @@ void addWrecks(DemoCell& cell)
 
 void addObstructions(DemoCell& cell)
 {
-    cell.point("OBSTRN", {4'250, -3'300},
+    cell.point("OBSTRN", {6'700, -3'200},
                {{"CATOBS", "3"}, {"WATLEV", "3"}, {"VALSOU", "8.7"}, {"QUASOU", "6"}},
                DemoCell::Far);
     cell.point("OBSTRN", {-1'850, -3'150}, {{"WATLEV", "3"}, {"VALSOU", "7.1"}, {"QUASOU", "6"}},
@@ -130,7 +130,7 @@ void addTide(DemoCell& cell)
               {{"CATWAT", "3"}, {"OBJNAM", "Sorrel Race"}});
     cell.point("WATTUR", {4'500, -6'900}, {{"CATWAT", "2"}}, DemoCell::Middle);
     cell.point("WATTUR", {15'500, -19'800}, {{"CATWAT", "4"}}, DemoCell::Middle);
-    cell.line("TIDEWY", {{7'050, -3'700}, {7'500, -3'250}, {8'400, -2'900}},
+    cell.line("TIDEWY", {{5'000, -3'750}, {5'900, -3'500}, {6'900, -3'650}},
               {{"OBJNAM", "Tithing Gut"}}, DemoCell::Middle);
     struct Stream {
         Point place;
@@ -139,7 +139,7 @@ void addTide(DemoCell& cell)
         const char* knots;
     };
     for (const Stream& stream :
-         {Stream{{-8'600, -3'400}, "1", "78", "2.5"}, Stream{{-8'300, -2'900}, "2", "257", "2.2"},
+         {Stream{{-5'200, -5'300}, "1", "78", "2.5"}, Stream{{-5'000, -4'950}, "2", "257", "2.2"},
           Stream{{250, -1'250}, "1", "4", "1.4"}, Stream{{420, -1'350}, "2", "186", "1.8"},
           Stream{{-12'000, -27'000}, "1", "84", "1.6"},
           Stream{{10'000, -27'400}, "2", "271", "1.5"}})

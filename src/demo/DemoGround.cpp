@@ -166,11 +166,13 @@ double DemoGround::fractal(Point p, double wave, double shortest, double gain, u
 {
     double sum = 0;
     double amplitude = 1;
+    p = {0.8 * p.x + 0.6 * p.y, -0.6 * p.x + 0.8 * p.y};
     for (unsigned octave = 0; wave > std::max(m_detail, shortest); ++octave) {
         // The last octave fades in, so that charts of different detail differ by small forms only.
         const double share = std::min(1.0, wave / m_detail - 1);
         sum += share * amplitude * noise(p.x / wave, p.y / wave, seed + octave);
         wave *= 0.47;
+        p = {0.8 * p.x - 0.6 * p.y, 0.6 * p.x + 0.8 * p.y}; // else the lattice shows
         amplitude *= gain;
     }
     return sum;

@@ -117,6 +117,9 @@ void addPort(DemoCell& cell)
                   DemoCell::Near);
     cell.point("BUISGL", {1'290, 260}, {{"FUNCTN", "2"}, {"CONVIS", "1"}}, DemoCell::Near);
     cell.point("BUISGL", {1'330, 330}, {{"FUNCTN", "3"}}, DemoCell::Near);
+    if (const auto steps = cell.line("SLCONS", {{-585, 1'330}, {-540, 1'310}},
+                                     {{"CATSLC", "4"}, {"OBJNAM", "Town Steps"}}))
+        cell.remember("Town Steps", *steps);
     cell.point("HRBFAC", {-1'180, 690}, {{"CATHAF", "9"}, {"OBJNAM", "Kell Yard"}},
                DemoCell::Middle);
 }

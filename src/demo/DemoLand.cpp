@@ -16,9 +16,10 @@ void addSettlements(DemoCell& cell)
                {1'000, 2'300}},
               {{"CATBUA", "4"}, {"OBJNAM", "Kelmouth"}});
     cell.area("BUAARE", blob({-1'900, 1'500}, 420, 3), {{"CATBUA", "3"}, {"OBJNAM", "Westbank"}});
-    cell.area("BUAARE", blob({-7'900, -700}, 480, 4), {{"CATBUA", "3"}, {"OBJNAM", "Stonehythe"}});
+    cell.area("BUAARE", blob({-9'000, -2'400}, 480, 4),
+              {{"CATBUA", "3"}, {"OBJNAM", "Stonehythe"}});
     cell.area("BUAARE", blob({6'300, -450}, 380, 6), {{"CATBUA", "3"}, {"OBJNAM", "Nab Green"}});
-    cell.area("BUAARE", blob({-19'500, -2'500}, 900, 7), {{"CATBUA", "4"}, {"OBJNAM", "Harrowby"}});
+    cell.area("BUAARE", blob({-17'500, -700}, 900, 7), {{"CATBUA", "4"}, {"OBJNAM", "Harrowby"}});
     cell.area("BUAARE", blob({20'500, -9'500}, 800, 8), {{"CATBUA", "3"}, {"OBJNAM", "Carrow"}});
     if (!cell.isAtLeast(3)) {
         cell.point("BUAARE", {-64'000, -33'500}, {{"CATBUA", "4"}, {"OBJNAM", "Port Brannay"}});
@@ -32,7 +33,7 @@ void addRoads(DemoCell& cell)
         cell.line("ROADWY", line, {{"CATROD", category}}, DemoCell::Middle);
     };
     road({{-34'000, 3'500},
-          {-19'500, -1'900},
+          {-17'500, -600},
           {-12'500, 400},
           {-8'000, 300},
           {-4'800, 800},
@@ -50,7 +51,7 @@ void addRoads(DemoCell& cell)
           {20'500, -9'000}},
          "2");
     if (cell.isAtLeast(4)) {
-        road({{-1'350, 2'800}, {-1'700, 1'500}, {-2'350, 700}, {-4'300, -900}, {-7'900, -700}},
+        road({{-1'350, 2'800}, {-1'700, 1'500}, {-2'350, 700}, {-4'300, -1'300}, {-8'900, -2'300}},
              "3");
         road({{1'700, 1'600}, {1'450, 900}, {1'250, 620}}, "5");
         road({{2'600, 900}, {2'350, 350}, {2'200, 110}}, "5");
@@ -96,11 +97,10 @@ void addRelief(DemoCell& cell)
     };
     for (const Hill& hill :
          {Hill{{6'300, 5'200}, "214", "Beacon Fell"}, Hill{{-5'300, 2'600}, "188", "Kell Down"},
-          Hill{{-10'900, 4'300}, "261", "Harrow Pike"},
-          Hill{{-11'800, -8'100}, "64", "Sorrel Hill"}, Hill{{9'900, 3'000}, "141", ""},
-          Hill{{7'300, -6'000}, "47", "Tithe Barrow"}, Hill{{-2'530, -1'730}, "22", ""},
-          Hill{{21'000, -14'000}, "132", "Carrow Law"},
-          Hill{{-29'000, -12'000}, "156", "Drummel Head"}}) {
+          Hill{{-10'900, 4'300}, "261", "Harrow Pike"}, Hill{{-9'300, -6'100}, "64", "Sorrel Hill"},
+          Hill{{9'900, 3'000}, "141", ""}, Hill{{6'750, -5'350}, "47", "Tithe Barrow"},
+          Hill{{-2'530, -1'730}, "22", ""}, Hill{{21'000, -14'000}, "132", "Carrow Law"},
+          Hill{{-29'000, -14'000}, "156", "Drummel Head"}}) {
         DemoCell::Attributes attributes{{"ELEVAT", hill.metres}};
         if (*hill.name)
             attributes.emplace_back("OBJNAM", hill.name);
@@ -154,7 +154,7 @@ void addLandmarks(DemoCell& cell)
          {-4'150, -1'150},
          {{"CATLMK", "9"}, {"CONVIS", "1"}, {"HEIGHT", "12"}, {"OBJNAM", "Admiral's Monument"}}},
         {"LNDMRK", {5'650, -350}, {{"CATLMK", "18"}, {"CONVIS", "1"}}},
-        {"LNDMRK", {-7'650, -800}, {{"CATLMK", "20"}, {"FUNCTN", "20"}, {"CONVIS", "1"}}},
+        {"LNDMRK", {-8'950, -2'500}, {{"CATLMK", "20"}, {"FUNCTN", "20"}, {"CONVIS", "1"}}},
         {"LNDMRK", {7'000, 1'200}, {{"CATLMK", "19"}, {"CONVIS", "1"}, {"HEIGHT", "95"}}},
         {"SILTNK", {2'750, 1'450}, {{"CATSIL", "4"}, {"CONVIS", "1"}, {"HEIGHT", "38"}}},
         {"FORSTC",
@@ -193,21 +193,23 @@ void addNames(DemoCell& cell)
     for (const Name& one : {Name{"SEAARE", {-900, -3'500}, "Kelmouth Bay", 3, 5, "5"},
                             Name{"SEAARE", {-9'300, -3'900}, "Sorrel Sound", 3, 4, "12"},
                             Name{"SEAARE", {-130, 2'300}, "River Kell", 4, 5, "53"},
-                            Name{"SEAARE", {7'600, -3'100}, "Tithing Gut", 4, 4, "2"},
+                            Name{"SEAARE", {5'900, -3'400}, "Tithing Gut", 4, 4, "2"},
                             Name{"SEAARE", {-15'000, -9'500}, "Harrow Bay", 3, 3, "5"},
                             Name{"SEAARE", {-5'000, -21'000}, "Drummel Deep", 3, 3, "4"},
                             Name{"SEAARE", {29'500, -4'500}, "Carrow Firth", 3, 3, "5"},
-                            Name{"SEAARE", {14'000, -62'000}, "Lantern Bank", 1, 1, "3"},
+                            Name{"SEAARE", {20'000, -68'000}, "Lantern Bank", 1, 1, "3"},
                             Name{"SEAARE", {-10'000, -60'000}, "Sea of Sorrel", 1, 1, ""},
                             Name{"SEAARE", {-88'000, -12'000}, "Brannay Sound", 1, 1, "12"},
-                            Name{"LNDRGN", {7'000, -5'700}, "The Tithings", 3, 4, ""},
-                            Name{"LNDRGN", {-11'900, -8'000}, "Great Sorrel", 3, 4, ""},
-                            Name{"LNDRGN", {-8'850, -6'700}, "Little Sorrel", 3, 4, ""},
+                            Name{"LNDRGN", {6'850, -5'550}, "The Tithings", 3, 4, ""},
+                            Name{"LNDRGN", {-9'700, -6'500}, "Great Sorrel", 3, 4, ""},
+                            Name{"LNDRGN", {-6'650, -4'300}, "Little Sorrel", 3, 4, ""},
                             Name{"LNDRGN", {-2'520, -1'750}, "Monk's Isle", 4, 5, ""},
                             Name{"LNDRGN", {3'610, -8'300}, "Hern Rock", 3, 4, ""},
-                            Name{"LNDRGN", {21'500, -15'500}, "Carrow Point", 1, 3, ""},
+                            Name{"LNDRGN", {19'500, -14'500}, "Carrow", 1, 3, ""},
                             Name{"LNDRGN", {-28'500, -14'500}, "Long Drummel", 1, 3, ""},
-                            Name{"LNDRGN", {-66'000, -36'000}, "Brannay", 1, 1, ""}}) {
+                            Name{"LNDRGN", {-63'000, -32'000}, "Brannay", 1, 1, ""},
+                            Name{"LNDRGN", {64'500, -49'500}, "The Farrows", 1, 1, ""},
+                            Name{"LNDRGN", {9'100, -63'400}, "Lantern Isle", 1, 1, ""}}) {
         const int band = cell.chart().usageBand;
         if (band < one.firstBand || band > one.lastBand)
             continue;

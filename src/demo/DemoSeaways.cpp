@@ -32,7 +32,7 @@ void addTrafficScheme(DemoCell& cell)
     cell.area("ISTZNE",
               {northEdge[0], northEdge[1], northEdge[2], {20'500, -23'500}, {-19'500, -23'500}},
               {{"CATTSS", "2"}});
-    cell.area("PRCARE", circle({-29'000, -31'900}, 4'000), {{"RESTRN", "14"}});
+    cell.area("PRCARE", circle({28'000, -31'250}, 4'000), {{"RESTRN", "14"}});
 }
 
 void addRoutes(DemoCell& cell)
@@ -49,7 +49,7 @@ void addRoutes(DemoCell& cell)
               DemoCell::Middle);
     cell.line(
         "FERYRT",
-        {{520, 1'000}, {180, 300}, {0, -480}, {-400, -1'500}, {-3'600, -3'400}, {-8'150, -5'900}},
+        {{520, 1'000}, {180, 300}, {0, -480}, {-400, -1'500}, {-3'600, -3'400}, {-6'850, -5'650}},
         {{"CATFRY", "1"}, {"OBJNAM", "Kelmouth-Sorrel Ferry"}}, DemoCell::Middle);
     cell.point(
         "RDOCAL", {-1'480, -11'300},
@@ -80,21 +80,26 @@ void addRestrictions(DemoCell& cell)
 {
     cell.area("RESARE", circle({3'620, -8'250}, 800),
               {{"OBJNAM", "Hern Rock Bird Sanctuary"}, {"CATREA", "5"}, {"RESTRN", "7,3"}});
-    cell.area("RESARE", blob({9'200, -6'300}, 3'900, 12),
+    cell.area("RESARE", blob({6'900, -5'500}, 2'300, 12),
               {{"OBJNAM", "Tithings Nature Reserve"}, {"CATREA", "4"}, {"RESTRN", "2,4,8"}});
     cell.area("RESARE", circle({9'500, -19'600}, 500),
               {{"CATREA", "1"}, {"RESTRN", "7,1,3"}, {"OBJNAM", "Brigand A"}});
     cell.area("MIPARE", blob({-15'500, -23'500}, 4'200, 5),
               {{"OBJNAM", "Drummel Firing Range"}, {"CATMPA", "4"}});
-    const DemoLine cable{{-7'500, -1'750}, {-7'900, -3'200}, {-8'500, -4'600}, {-8'800, -5'900}};
+    const DemoLine cable{{-8'500, -3'200}, {-8'750, -4'000}, {-8'900, -5'000}};
     cell.area("CBLARE", ribbon(cable, 220), {{"CATCBL", "1"}, {"RESTRN", "1,3"}});
     cell.line("CBLSUB", cable, {{"CATCBL", "1"}, {"STATUS", "1"}});
     cell.line("CBLSUB", {{-1'600, 300}, {-700, 420}, {100, 520}, {640, 700}}, {{"CATCBL", "4"}});
-    cell.line(
-        "CBLSUB",
-        {{20'000, -50'000}, {8'000, -38'000}, {3'500, -25'000}, {4'800, -14'000}, {6'500, -9'500}},
-        {{"CATCBL", "4"}}, DemoCell::Middle);
-    cell.line("PIPSOL", {{4'600, -900}, {4'450, -2'200}, {4'250, -3'300}},
+    cell.line("CBLSUB",
+              {{20'000, -50'000},
+               {8'000, -38'000},
+               {3'500, -25'000},
+               {6'800, -14'000},
+               {8'300, -9'000},
+               {8'200, -4'000},
+               {7'200, -1'300}},
+              {{"CATCBL", "4"}}, DemoCell::Middle);
+    cell.line("PIPSOL", {{7'000, -1'050}, {6'850, -2'400}, {6'700, -3'200}},
               {{"CATPIP", "2"}, {"PRODCT", "3"}});
     cell.line("PIPSOL", {{9'500, -19'600}, {13'500, -17'500}, {17'500, -15'000}},
               {{"CATPIP", "6"}, {"PRODCT", "2"}});
@@ -104,7 +109,7 @@ void addRestrictions(DemoCell& cell)
 
 void addUses(DemoCell& cell)
 {
-    cell.area("MARCUL", {{-6'900, -2'900}, {-5'900, -2'750}, {-5'800, -3'250}, {-6'800, -3'400}},
+    cell.area("MARCUL", {{-5'300, -4'000}, {-4'400, -3'850}, {-4'300, -4'350}, {-5'200, -4'500}},
               {{"CATMFA", "3"}, {"RESTRN", "7"}, {"WATLEV", "7"}});
     cell.area("DMPGRD", circle({-9'500, -18'500}, 1'300), {{"CATDPG", "5"}, {"STATUS", "1"}});
     cell.area("HRBARE",

@@ -91,7 +91,7 @@ DemoLine blob(Point center, double radius, unsigned seed)
             const double t = at - left;
             const double a = demoRandom(left % waves, waves, seed);
             const double b = demoRandom((left + 1) % waves, waves, seed);
-            wobble += (a + (b - a) * t * t * (3 - 2 * t) - 0.5) * 2.4 / waves;
+            wobble += (a + (b - a) * t * t * (3 - 2 * t) - 0.5) * 3.4 / waves;
         }
         ring.push_back(center + d * (radius * (1 + wobble)));
         ++index;
