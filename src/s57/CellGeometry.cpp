@@ -87,6 +87,8 @@ CellGeometry::CellGeometry(std::shared_ptr<const S57ChartItems> cell)
     for (const auto& feature : features)
         addFeature(*feature);
     m_edgeByKey = {};
+    m_nodeBounds = {};
+    m_edgeBounds = {};
 
     std::vector<TreeEntry> entries;
     for (std::uint32_t i = 0; i < m_shapes.size(); ++i) {
@@ -123,6 +125,20 @@ void CellGeometry::addEdge(const S57Vector& vector)
     edge.count = static_cast<std::uint32_t>(m_vertices.size()) - edge.first;
     m_edgeByKey.emplace(vector.recordKey(), static_cast<std::uint32_t>(m_edges.size()));
     m_edges.push_back(edge);
+    Rect& box = m_edgeBounds.emplace_back();
+    for (const Vertex v : vertices(edge))
+        box.include(Point{v.longitude, v.ordinate});
+}
+
+Rect CellGeometry::boundsOfNode(std::uint64_t recordKey)
+{
+    const auto [place, isNew] = m_nodeBounds.try_emplace(recordKey);
+    const S57Vector* node = isNew ? m_cell->s57VectorForKey(recordKey) : nullptr;
+    if (node)
+        for (const auto& coordinate : node->s57Coordinates())
+            if (const Vertex v = vertexOf(coordinate); isFinite(v))
+                place->second.include(Point{v.longitude, v.ordinate});
+    return place->second;
 }
 
 void CellGeometry::addFeature(const S57Feature& feature)
@@ -130,21 +146,24 @@ void CellGeometry::addFeature(const S57Feature& feature)
     Shape shape;
     shape.firstUse = static_cast<std::uint32_t>(m_uses.size());
     Rect box;
-    const auto include = [&box](Vertex v) { box.include(Point{v.longitude, v.ordinate}); };
+    // No sound outline runs along an edge more than twice; a hostile one must not have its path
+    // grow without bounds.
+    std::size_t budget = 2 * m_vertices.size();
     // The rings close as in S57Feature::buildEdgePath().
     const S57Vector* ringStart = nullptr;
     bool start = true;
     for (const auto& spatial : feature.s57FeatureSpatials()) {
         const auto found = m_edgeByKey.find(spatial.recordKey());
         if (found != m_edgeByKey.end()) {
+            const std::size_t count = m_edges[found->second].count;
+            if (count > budget)
+                break;
+            budget -= count;
             const bool reversed = spatial.orient == S57FeatureSpatial::reverse;
             m_uses.push_back({found->second, reversed, start});
-            for (const Vertex v : vertices(m_edges[found->second]))
-                include(v);
-        } else if (const S57Vector* node = m_cell->s57VectorForKey(spatial.recordKey())) {
-            for (const auto& place : node->s57Coordinates())
-                if (const Vertex v = vertexOf(place); isFinite(v))
-                    include(v);
+            box.include(m_edgeBounds[found->second]);
+        } else {
+            box.include(boundsOfNode(spatial.recordKey()));
         }
         if (feature.geometry() == S57Feature::area) {
             const auto nodes = spatial.edgeConnectedNodes(*m_cell);
