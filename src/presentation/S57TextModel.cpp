@@ -1,5 +1,6 @@
 #include "presentation/S57TextModel.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <optional>
@@ -9,6 +10,8 @@
 namespace kelvox {
 
 namespace {
+constexpr double sameNameApart = 150; ///< display points
+
 /// Boxes taken so far, found through the squares of a grid.
 class Occupied {
 public:
@@ -86,11 +89,20 @@ void S57TextModel::draw(const TextMeasure& measure, double pixelsPerPoint, Canva
     std::ranges::stable_sort(
         m_items, {}, [](const Item& item) { return std::tuple(item.rank, item.cell, item.order); });
     Occupied occupied;
+    std::unordered_map<std::string, std::vector<Point>> placed;
+    const double apart = sameNameApart * pixelsPerPoint;
     for (const Item& item : m_items) {
+        // An area and what lies in it often bear one name: once is enough.
+        auto& sameText = placed[item.figure.text];
+        if (std::ranges::any_of(sameText, [&](Point p) {
+                return std::hypot(p.x - item.anchor.x, p.y - item.anchor.y) < apart;
+            }))
+            continue;
         const Size points = measure.size(item.figure);
         const Size size{points.width * pixelsPerPoint, points.height * pixelsPerPoint};
         if (const auto place = freePlace(item, size, pixelsPerPoint, occupied)) {
             occupied.take(boxAround(*place, size));
+            sameText.push_back(item.anchor);
             canvas.placeText(item.figure, *place);
         }
     }

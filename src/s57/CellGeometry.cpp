@@ -26,9 +26,10 @@ using TreeBox = bg::model::box<TreePoint>;
 using TreeEntry = std::pair<TreeBox, std::uint32_t>;
 using Tree = bg::index::rtree<TreeEntry, bg::index::linear<16>>;
 
+/// Nonsense of a damaged cell, far off the sheet, is left out.
 bool isFinite(CellGeometry::Vertex v)
 {
-    return std::isfinite(v.longitude) && std::isfinite(v.ordinate);
+    return std::abs(v.longitude) <= 1080 && std::abs(v.ordinate) <= 20;
 }
 
 CellGeometry::Vertex vertexOf(S57Coordinate place)
@@ -74,9 +75,13 @@ CellGeometry::CellGeometry(std::shared_ptr<const S57ChartItems> cell)
     : m_cell(std::move(cell))
 {
     std::size_t vertices = 0;
-    for (const auto& vector : m_cell->s57Vectors())
+    for (const auto& vector : m_cell->s57Vectors()) {
         if (vector.recordName() == s57RecordName::edge)
             vertices += vector.s57Coordinates().size() + 2;
+        if (vector.hasDepth())
+            m_soundingBudget += 2 * vector.s57Coordinates().size();
+    }
+    m_anchorBudget = 8 * vertices;
     m_vertices.reserve(vertices);
     for (const auto& vector : m_cell->s57Vectors())
         if (vector.recordName() == s57RecordName::edge)
@@ -90,6 +95,8 @@ CellGeometry::CellGeometry(std::shared_ptr<const S57ChartItems> cell)
     for (const auto& feature : features)
         addFeature(*feature);
     m_edgeByKey = {};
+    m_nodeBounds = {};
+    m_edgeBounds = {};
     thinSoundings();
 
     std::vector<TreeEntry> entries;
@@ -127,6 +134,20 @@ void CellGeometry::addEdge(const S57Vector& vector)
     edge.count = static_cast<std::uint32_t>(m_vertices.size()) - edge.first;
     m_edgeByKey.emplace(vector.recordKey(), static_cast<std::uint32_t>(m_edges.size()));
     m_edges.push_back(edge);
+    Rect& box = m_edgeBounds.emplace_back();
+    for (const Vertex v : vertices(edge))
+        box.include(Point{v.longitude, v.ordinate});
+}
+
+Rect CellGeometry::boundsOfNode(std::uint64_t recordKey)
+{
+    const auto [place, isNew] = m_nodeBounds.try_emplace(recordKey);
+    const S57Vector* node = isNew ? m_cell->s57VectorForKey(recordKey) : nullptr;
+    if (node)
+        for (const auto& coordinate : node->s57Coordinates())
+            if (const Vertex v = vertexOf(coordinate); isFinite(v))
+                place->second.include(Point{v.longitude, v.ordinate});
+    return place->second;
 }
 
 void CellGeometry::addFeature(const S57Feature& feature)
@@ -134,21 +155,24 @@ void CellGeometry::addFeature(const S57Feature& feature)
     Shape shape;
     shape.firstUse = static_cast<std::uint32_t>(m_uses.size());
     Rect box;
-    const auto include = [&box](Vertex v) { box.include(Point{v.longitude, v.ordinate}); };
+    // No sound outline runs along an edge more than twice; a hostile one must not have its path
+    // grow without bounds.
+    std::size_t budget = 2 * m_vertices.size();
     // The rings close as in S57Feature::buildEdgePath().
     const S57Vector* ringStart = nullptr;
     bool start = true;
     for (const auto& spatial : feature.s57FeatureSpatials()) {
         const auto found = m_edgeByKey.find(spatial.recordKey());
         if (found != m_edgeByKey.end()) {
+            const std::size_t count = m_edges[found->second].count;
+            if (count > budget)
+                break;
+            budget -= count;
             const bool reversed = spatial.orient == S57FeatureSpatial::reverse;
             m_uses.push_back({found->second, reversed, start});
-            for (const Vertex v : vertices(m_edges[found->second]))
-                include(v);
-        } else if (const S57Vector* node = m_cell->s57VectorForKey(spatial.recordKey())) {
-            for (const auto& place : node->s57Coordinates())
-                if (const Vertex v = vertexOf(place); isFinite(v))
-                    include(v);
+            box.include(m_edgeBounds[found->second]);
+        } else {
+            box.include(boundsOfNode(spatial.recordKey()));
         }
         if (feature.geometry() == S57Feature::area) {
             const auto nodes = spatial.edgeConnectedNodes(*m_cell);
@@ -171,9 +195,12 @@ void CellGeometry::addFeature(const S57Feature& feature)
     if (box.isEmpty())
         return;
     Vertex& anchor = m_shapes.back().anchor;
-    if (feature.geometry() == S57Feature::area)
+    const std::size_t work = 2 * m_vertices.size() - budget; // vertices of this feature
+    const bool affordable = work <= m_anchorBudget;
+    m_anchorBudget -= affordable ? work : 0;
+    if (affordable && feature.geometry() == S57Feature::area)
         anchor = areaAnchor(m_shapes.size() - 1);
-    else if (feature.geometry() == S57Feature::line)
+    else if (affordable && feature.geometry() == S57Feature::line)
         anchor = lineAnchor(m_shapes.size() - 1);
     else
         anchor = {static_cast<float>(box.center().x), static_cast<float>(box.center().y)};
@@ -186,8 +213,9 @@ void CellGeometry::addSoundings(const S57Feature& feature)
         || spatials.front().recordName != s57RecordName::isolatedNode)
         return;
     const S57Vector* node = m_cell->s57VectorForKey(spatials.front().recordKey());
-    if (!node || !node->hasDepth())
+    if (!node || !node->hasDepth() || node->s57Coordinates().size() > m_soundingBudget)
         return;
+    m_soundingBudget -= node->s57Coordinates().size();
     for (std::size_t i = 0; i < node->s57Coordinates().size(); ++i) {
         const S57Depth sounding = node->s57Depth(i);
         if (const Vertex v = vertexOf(sounding); isFinite(v) && std::isfinite(sounding.depth))

@@ -55,7 +55,8 @@ public:
     }
     [[nodiscard]] const Edge& edge(const Use& use) const { return m_edges[use.edge]; }
 
-    /// The edges of the feature at a place of the cell's feature list.
+    /// The edges of the feature at a place of the cell's feature list. A feature that runs along
+    /// more vertices than twice all that the cell has is cut short there.
     [[nodiscard]] std::span<const Use> uses(std::size_t feature) const;
     /// x longitude in degrees, y ordinate; empty for a feature without a place.
     [[nodiscard]] Rect bounds(std::size_t feature) const;
@@ -87,6 +88,7 @@ public:
 private:
     class Index;
     void addEdge(const S57Vector& vector);
+    [[nodiscard]] Rect boundsOfNode(std::uint64_t recordKey);
     void addFeature(const S57Feature& feature);
     void addSoundings(const S57Feature& feature);
     void thinSoundings();
@@ -98,7 +100,10 @@ private:
     std::vector<Vertex> m_vertices;
     std::vector<std::uint8_t> m_details;
     std::vector<Edge> m_edges;
-    std::unordered_map<std::uint64_t, std::uint32_t> m_edgeByKey; ///< dropped after building
+    // Dropped after building.
+    std::unordered_map<std::uint64_t, std::uint32_t> m_edgeByKey;
+    std::unordered_map<std::uint64_t, Rect> m_nodeBounds;
+    std::vector<Rect> m_edgeBounds; ///< beside m_edges
     std::vector<Use> m_uses;
     struct Shape {
         std::uint32_t firstUse = 0;
@@ -112,6 +117,10 @@ private:
     std::vector<Shape> m_shapes; ///< beside the cell's features
     std::vector<std::uint32_t> m_drawingRank; ///< of each feature
     std::unique_ptr<Index> m_index;
+    // What a hostile cell may cost: a sound one draws an edge for a few features and a node of
+    // soundings for one.
+    std::size_t m_anchorBudget = 0; ///< vertices still to be looked at for anchors
+    std::size_t m_soundingBudget = 0;
     Rect m_bounds;
 };
 
