@@ -336,7 +336,7 @@ void DrawingReader::readUse(Words& words)
         words.rest();
         return;
     }
-    Point at{};
+    Point at = m_origin;
     double turn = 0;
     double scale = 1;
     bool mirror = false;
@@ -360,8 +360,7 @@ void DrawingReader::readUse(Words& words)
         else
             complain("unknown word \"" + word + "\" after use");
     }
-    const std::vector<Shape> shapes = used->shapes; // a drawing may use itself so far
-    for (Shape copy : shapes) {
+    for (Shape copy : used->shapes) {
         for (auto& ring : copy.rings)
             for (Point& p : ring)
                 p = turned({mirror ? -p.x : p.x, p.y}, turn) * scale + at;
@@ -388,7 +387,7 @@ void DrawingReader::readText(Words& words)
     constexpr double cellHeight = 100; // of the figures that letters are drawn as
     constexpr double gap = 28;
     const std::string text = words.next();
-    Point at{};
+    Point at = m_origin;
     double height = cellHeight;
     bool middle = false;
     while (!words.isAtEnd()) {
@@ -476,8 +475,6 @@ void DrawingReader::addShape(Shape shape)
 
 const Drawing* DrawingReader::find(const std::string& name) const
 {
-    if (m_isOpen && m_drawing.name == name)
-        return &m_drawing;
     if (const auto figure = m_library.figures.find(name); figure != m_library.figures.end())
         return &figure->second;
     const auto drawn = std::ranges::find_if(m_library.drawings, [&](const Drawing& drawing) {
