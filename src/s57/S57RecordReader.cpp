@@ -305,11 +305,14 @@ void S57RecordReader::applyRow(FieldCode field)
         break;
     }
     case FieldCode::SG2D:
-        addCoordinate(value(YCOO).number, value(XCOO).number);
+        if (value(XCOO).present)
+            addCoordinate(value(YCOO).number, value(XCOO).number);
         break;
     case FieldCode::SG3D:
-        addCoordinate(value(YCOO).number, value(XCOO).number);
-        addDepth(value(VE3D).number);
+        if (value(VE3D).present) {
+            addCoordinate(value(YCOO).number, value(XCOO).number);
+            addDepth(value(VE3D).number);
+        }
         break;
     default:
         break;
