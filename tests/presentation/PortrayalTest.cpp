@@ -272,7 +272,7 @@ TEST(S57TextModel, NoTwoTextsCrossAndTheMoreImportantStays)
     struct Measure : TextMeasure {
         [[nodiscard]] Size size(const TextFigure& figure) const override
         {
-            return {figure.text.size() * 6.0, 12};
+            return {static_cast<double>(figure.text.size()) * 6, 12};
         }
     } measure;
     const auto draw = [&](Point shift) {
@@ -293,7 +293,7 @@ TEST(S57TextModel, NoTwoTextsCrossAndTheMoreImportantStays)
     ASSERT_GT(first.steps.size(), 20U);
     EXPECT_EQ(first.steps.front(), "text label0");
     const auto box = [&](std::size_t i) {
-        const double half = (first.steps[i].size() - 5) * 3.0;
+        const double half = static_cast<double>(first.steps[i].size() - 5) * 3;
         const Point p = first.places[i];
         return Rect{p.x - half, p.y - 6, p.x + half, p.y + 6};
     };

@@ -43,10 +43,12 @@ TEST(RealCells, HoldWhatAnotherReaderCounts)
                 << row.file << " " << row.code;
             // Every line and area has edges to be drawn along.
             const CellGeometry geometry(loaded->cell);
-            for (std::size_t i = 0; i < loaded->cell->s57Features().size(); ++i)
-                if (const int kind = loaded->cell->s57Features()[i]->geometry();
-                    kind == S57Feature::line || kind == S57Feature::area)
+            for (std::size_t i = 0; i < loaded->cell->s57Features().size(); ++i) {
+                const int kind = loaded->cell->s57Features()[i]->geometry();
+                if (kind == S57Feature::line || kind == S57Feature::area) {
                     EXPECT_FALSE(geometry.uses(i).empty()) << i;
+                }
+            }
         }
     }
 }
