@@ -30,7 +30,8 @@ std::size_t placeOf(const CellGeometry& geometry, std::uint32_t id)
 /// The cell model's own path, in the pixels of a frame.
 Path modelPath(const CellGeometry& geometry, std::size_t feature, const ViewFrame& frame)
 {
-    const Path points = geometry.cell().s57Features()[feature]->buildEdgePath(geometry.cell(), frame.view);
+    const Path points =
+        geometry.cell().s57Features()[feature]->buildEdgePath(geometry.cell(), frame.view);
     Path pixels;
     for (std::size_t i = 0; i < points.subPathCount(); ++i) {
         pixels.moveTo(frame.pixelOf(points.subPath(i).front()));
@@ -47,11 +48,11 @@ TEST(ViewPathBuilder, DrawsWhatTheModelSays)
     const auto geometry = geometryOf(small.writer);
     const auto whole = ViewFrame::fitting(geometry.cell().bounds(), 800, 600, 1, 66);
     // All of it, turned, its middle, a corner that is mostly outside, and far away from it all.
-    const ViewFrame frames[] = {whole,
-                                ViewFrame::at(Position{10.5, 59.5}, whole.view.scale(), 40, 800, 600, 1, 66),
-                                ViewFrame::at(Position{10.525, 59.505}, 2'500, 30, 800, 600, 2, 66),
-                                ViewFrame::at(Position{10.45, 59.45}, 5'000, 0, 800, 600, 1, 66),
-                                ViewFrame::at(Position{20, 50}, 5'000, 0, 800, 600, 1, 66)};
+    const ViewFrame frames[] = {
+        whole, ViewFrame::at(Position{10.5, 59.5}, whole.view.scale(), 40, 800, 600, 1, 66),
+        ViewFrame::at(Position{10.525, 59.505}, 2'500, 30, 800, 600, 2, 66),
+        ViewFrame::at(Position{10.45, 59.45}, 5'000, 0, 800, 600, 1, 66),
+        ViewFrame::at(Position{20, 50}, 5'000, 0, 800, 600, 1, 66)};
     std::mt19937 random(3);
     std::uniform_real_distribution<double> along(-10, 810);
     for (const auto& frame : frames) {
@@ -64,8 +65,10 @@ TEST(ViewPathBuilder, DrawsWhatTheModelSays)
                 ASSERT_TRUE((Rect{-17, -17, frame.width + 17.0, frame.height + 17.0}.contains(p)));
             for (int i = 0; i < 300; ++i) {
                 const Point p{along(random), along(random) * 0.75};
-                if (expected.distanceTo(p) > 1)
-                    ASSERT_EQ(path.contains(p), expected.contains(p)) << id << ": " << p.x << ' ' << p.y;
+                if (expected.distanceTo(p) > 1) {
+                    ASSERT_EQ(path.contains(p), expected.contains(p))
+                        << id << ": " << p.x << ' ' << p.y;
+                }
             }
         }
         const auto contour = placeOf(geometry, small.contour);
@@ -109,8 +112,10 @@ TEST(ViewPathBuilder, NeighboursShareTheirSimplifiedEdge)
         for (int y = 0; y < 200; ++y)
             for (int x = 0; x < 200; ++x) {
                 const Point p{x + 0.5, y + 0.5};
-                if (around.contains(p) && around.distanceTo(p) > 1)
-                    ASSERT_NE(left.contains(p), right.contains(p)) << scale << ": " << x << ' ' << y;
+                if (around.contains(p) && around.distanceTo(p) > 1) {
+                    ASSERT_NE(left.contains(p), right.contains(p))
+                        << scale << ": " << x << ' ' << y;
+                }
             }
     }
 }
