@@ -1,30 +1,12 @@
 #include "presentation/DisplayList.h"
 
-#include <gtest/gtest.h>
+#include "support/TextCanvas.h"
 
-#include <string>
+#include <gtest/gtest.h>
 
 namespace kelvox {
 
 namespace {
-/// Writes down what is drawn on it: kind, red of the colour, first point.
-class TextCanvas final : public Canvas {
-public:
-    void fillArea(const Path& rings, DisplayColor color) override { note("area", rings, color); }
-    void strokeLine(const Path& lines, const Stroke& stroke) override
-    {
-        note("line", lines, stroke.color);
-    }
-    std::string text;
-
-private:
-    void note(const char* kind, const Path& path, DisplayColor color)
-    {
-        text += std::string(kind) + std::to_string(color.red) + '@'
-            + std::to_string(static_cast<int>(path.points().front().y)) + ' ';
-    }
-};
-
 Path stripe(double top, double bottom)
 {
     Path path;
@@ -36,23 +18,28 @@ Path stripe(double top, double bottom)
 
 TEST(DisplayList, DrawsAgainInOrderWhatMeetsTheRows)
 {
-    DisplayList list;
+    const SymbolDrawing symbol{"BOYLAT13", {}, {}};
+    TextFigure figure;
+    figure.text = "12";
+    DisplayList list(1);
     list.fillArea(stripe(0, 100), {1, 0, 0, 255});
-    list.strokeLine(stripe(200, 210), {{2, 0, 0, 255}, 3, LinePattern::Dash});
-    list.fillArea(stripe(50, 60), {3, 0, 0, 255});
+    list.strokeLine(stripe(200, 210), {{2, 0, 0, 255}, 2, LinePattern::Dash});
+    list.placeSymbol(symbol, {5, 55}, 90);
+    list.placeText(figure, {5, 300});
     list.strokeLine(Path(), {}); // nothing to draw
-    EXPECT_EQ(list.size(), 3U);
+    EXPECT_EQ(list.size(), 4U);
+    using Steps = std::vector<std::string>;
     const auto drawn = [&](double top, double bottom) {
         TextCanvas canvas;
         list.replay(canvas, top, bottom);
-        return canvas.text;
+        return canvas.steps;
     };
-    EXPECT_EQ(drawn(0, 300), "area1@0 line2@200 area3@50 ");
-    EXPECT_EQ(drawn(70, 90), "area1@0 ");
-    EXPECT_EQ(drawn(212, 230), "line2@200 "); // the pen reaches further than its line
-    EXPECT_EQ(drawn(300, 400), "");
-    list.clear();
-    EXPECT_EQ(drawn(0, 300), "");
+    const std::string area = "area #010000/255";
+    const std::string line = "line #020000/255 2 dash";
+    EXPECT_EQ(drawn(0, 400), (Steps{area, line, "symbol BOYLAT13 90", "text 12"}));
+    EXPECT_EQ(drawn(70, 90), Steps{area});
+    EXPECT_EQ(drawn(212, 230), Steps{line}) << "the pen reaches further than its line";
+    EXPECT_EQ(drawn(400, 500), Steps{});
 }
 
 } // namespace kelvox
