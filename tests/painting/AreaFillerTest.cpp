@@ -41,8 +41,10 @@ void expectFilled(const Path& rings)
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x) {
             const Point center{x + 0.5, y + 0.5};
-            if (closed.distanceTo(center) > 1e-3)
-                ASSERT_EQ(picture.pixels[y * width + x] != 0, rings.contains(center)) << x << ' ' << y;
+            if (closed.distanceTo(center) > 1e-3) {
+                ASSERT_EQ(picture.pixels[y * width + x] != 0, rings.contains(center))
+                    << x << ' ' << y;
+            }
         }
 }
 } // namespace
