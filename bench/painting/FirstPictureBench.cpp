@@ -82,11 +82,15 @@ int main(int argc, char** argv)
         program.path = *real;
     else if (DemoCharts::write(folder.path(), DemoCharts::largest))
         program.path = folder.path() / (std::string(DemoCharts::updatedChart) + ".000");
-    for (const auto& [name, step] :
-         {std::pair{"Load", loadModel}, {"LoadAndLayOut", loadAndLayOut},
-          {"OpenToFirstPicture", openToFirstPicture}, {"PaintAgain", paintAgain}})
-        benchmark::RegisterBenchmark(name, [&program, step = step](benchmark::State& state) {
-            step(state, program);
-        })->Unit(benchmark::kMillisecond)->UseRealTime();
+    using Step = void (*)(benchmark::State&, Program&);
+    for (const auto& [name, step] : std::initializer_list<std::pair<const char*, Step>>{
+             {"Load", loadModel},
+             {"LoadAndLayOut", loadAndLayOut},
+             {"OpenToFirstPicture", openToFirstPicture},
+             {"PaintAgain", paintAgain}})
+        benchmark::RegisterBenchmark(
+            name, [&program, step = step](benchmark::State& state) { step(state, program); })
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
     benchmark::RunSpecifiedBenchmarks();
 }
