@@ -70,6 +70,8 @@ TEST(GPSController, AcceptsAndRefusesFixes)
     Vessel edge;
     edge.take("$GPGLL,5230.000,N,18000.000,E,123456,A");
     EXPECT_EQ(edge.gps.position().longitude, 180) << "stored all the same";
+    edge.take("$GPGLL,5950000000000002.799,N,01039.600,E");
+    EXPECT_EQ(edge.gps.latitude(), "") << "a figure too large to be written as degrees";
 }
 
 TEST(GPSController, DropsWhatIsNotForIt)
@@ -204,6 +206,7 @@ TEST(GPSController, WaypointAndRouteSentences)
     Vessel vessel;
     vessel.take("$GPRMB,A,0.66,L,003,004,4917.24,N,12309.57,W,001.3,052.5,000.5,V");
     vessel.take("$GPWPL,4917.160,N,12310.640,W,003");
+    vessel.take("$GPWPL,9917.160,N,12310.640,W,004"); // beyond the pole
     vessel.take("$GPXTE,A,A,0.67,R,N");
     vessel.take("$GPRTE,2,1,c,0,W3IWI,DRIVWY");
     vessel.take("$GPBOD,045.0,T,023.3,M,DEST,START");
