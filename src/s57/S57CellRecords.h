@@ -19,7 +19,7 @@ struct S57CellIdentification {
     int usageBand = 5; ///< 1 overview, 2 general, 3 coastal, 4 approach, 5 harbour, 6 berthing
     std::uint32_t compiledScale = 12'000;
     std::uint16_t agency = 65'001; ///< no registered producer
-    std::string comment;
+    std::string comment = {};
 };
 
 /// A place in the cell's whole units of 1e-7 degrees.
