@@ -214,8 +214,7 @@ void ChartView::showPicture(const ChartPicture& picture)
 void ChartView::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
-    const DisplayColor none = m_scene->colors.noDataColor;
-    painter.fillRect(rect(), toQColor(none));
+    painter.fillRect(rect(), toQColor(RenderColors::from(m_scene->portrayal->colors).noDataColor));
     if (m_picture.image.isNull())
         return;
     const ViewFrame now = frame();

@@ -2,6 +2,7 @@
 
 #include "navigation/NavigationStrings.h"
 #include "painting/PainterCanvas.h"
+#include "presentation/S52Lookup.h"
 
 #include <QActionGroup>
 #include <QFileDialog>
@@ -31,6 +32,7 @@ std::vector<std::filesystem::path> toPaths(const QStringList& names)
 
 MainWindow::MainWindow(S52Model& library, WorkerPool& pool)
     : m_library(library)
+    , m_presentation(library)
     , m_loader(pool)
     , m_chart(new ChartView(pool, this))
     , m_latitude(NSPositionFormatter::Latitude, navigationStrings())
@@ -109,14 +111,11 @@ void MainWindow::buildStatusBar()
 
 void MainWindow::setPalette(Palette palette)
 {
-    constexpr std::array names{"DAY", "DUSK", "NIGHT"};
-    const auto table = m_library.cols().find(names[static_cast<std::size_t>(palette)]);
-    if (table == m_library.cols().end()) {
+    m_presentation.setColorTable(static_cast<int>(palette) + 1);
+    m_scene.portrayal = m_presentation.portrayal();
+    if (m_scene.portrayal->colors.empty())
         statusBar()->showMessage(tr("The presentation library has no colours for this scheme"));
-        return;
-    }
-    m_scene.colors = RenderColors::from(table->second.ccie());
-    applyStyle(table->second.ccie());
+    applyStyle(m_scene.portrayal->colors);
     updateScene();
 }
 
@@ -146,6 +145,7 @@ void MainWindow::open(const std::vector<std::filesystem::path>& paths)
 
 void MainWindow::addCell(const std::shared_ptr<const CellGeometry>& geometry)
 {
+    S52Lookup::setS52Lupts(geometry->cell(), m_library);
     // The same file opened again takes the place of the old one.
     const auto& path = geometry->cell().s57CatalogRecord()->path;
     std::erase_if(m_scene.cells, [&](const auto& other) {

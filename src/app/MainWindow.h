@@ -4,7 +4,7 @@
 #include "app/ChartView.h"
 #include "base/Strings.h"
 #include "navigation/PositionFormatter.h"
-#include "presentation/S52Model.h"
+#include "presentation/S52Render.h"
 
 #include <QLabel>
 #include <QMainWindow>
@@ -37,6 +37,7 @@ private:
     void chooseFolder();
 
     S52Model& m_library;
+    S52Render m_presentation;
     ChartLoader m_loader;
     ChartView* m_chart;
     ChartScene m_scene;

@@ -95,6 +95,7 @@ bool ISOSubfieldDefinition::setFormat(std::string_view format)
             std::clamp<std::int64_t>(isoDecimal(format.substr(2)), 0, 100'000'000));
     m_variable = m_width == 0;
     m_binaryFormat = 0;
+    m_text = true;
 
     switch (format[0]) {
     case 'A':
@@ -115,6 +116,7 @@ bool ISOSubfieldDefinition::setFormat(std::string_view format)
         return false;
     }
 
+    m_text = false;
     m_variable = false;
     if (format.size() > 1 && format[1] == '(') {
         const std::size_t bits = m_width;
@@ -356,8 +358,9 @@ std::size_t ISOFieldDefinition::repeatCount(std::span<const char> data) const
             const auto left = data.subspan(offset);
             if (!subfield.isVariable() && subfield.width() > left.size())
                 return count;
-            // A last value may lack its terminator: the step past it stops at the end.
-            offset = std::min(offset + subfield.dataLength(left).consumed, data.size());
+            offset += subfield.dataLength(left).consumed;
+            if (offset > data.size())
+                return count; // a value without its end belongs to no complete group
         }
         if (offset == groupStart)
             return count; // nothing left, or nothing to read

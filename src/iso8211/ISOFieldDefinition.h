@@ -37,6 +37,8 @@ public:
     [[nodiscard]] ISODataType dataType() const { return m_dataType; }
     /// 0 none, 1 unsigned, 2 signed, 3 fixed-point, 4 floating-point, 5 complex.
     [[nodiscard]] int binaryFormat() const { return m_binaryFormat; }
+    /// Whether values are characters: every format but 'B' and 'b'.
+    [[nodiscard]] bool isText() const { return m_text; }
     [[nodiscard]] bool isVariable() const { return m_variable; }
     [[nodiscard]] std::size_t width() const { return m_width; } ///< bytes; 0 when variable
 
@@ -49,7 +51,6 @@ public:
                                                  std::size_t& consumed) const;
 
 private:
-    [[nodiscard]] bool isText() const { return m_binaryFormat == 0; }
     struct Number {
         bool isReal = false;
         std::int64_t whole = 0;
@@ -61,6 +62,7 @@ private:
     std::string m_format;
     ISODataType m_dataType = ISODataType::String;
     int m_binaryFormat = 0;
+    bool m_text = true;
     bool m_variable = true;
     std::size_t m_width = 0;
 };

@@ -187,6 +187,10 @@ const ISORawRecord* ISOModule::readRecord()
         }
         if (area.size() != m_record.m_fieldArea.size())
             return stop(Error::Code::Truncated, "the record ends early");
+        // Each field of a sound record has at least its terminator. Without this a few bytes could
+        // be read as any number of records, or as none for ever.
+        if (area.empty() || area.size() < m_record.m_fields.size())
+            return stop(Error::Code::BadSyntax, "the repeated record has no room for its fields");
         m_offset += area.size();
         m_record.m_fieldArea = area;
         return splitFields() ? &m_record : nullptr;
@@ -277,6 +281,9 @@ bool ISOModule::splitFields()
     const std::string_view area{m_record.m_fieldArea.data(), m_record.m_fieldArea.size()};
 
     m_record.m_fields.clear();
+    // Fields do not overlap in a sound record; a hostile one must not have its bytes read again for
+    // every entry of its directory.
+    std::size_t budget = 2 * area.size();
     for (std::size_t at = 0; at < directory.size() && directory[at] != isoFieldTerminator;
          at += entrySize) {
         const auto entry = directory.substr(at, entrySize);
@@ -290,6 +297,11 @@ bool ISOModule::splitFields()
         }
         const auto data = slice(area, byteCount(entry.substr(tagSize + lengthSize)),
                                 byteCount(entry.substr(tagSize, lengthSize)));
+        if (data.size() > budget) {
+            stop(Error::Code::BadSyntax, "the record's fields lie over each other");
+            return false;
+        }
+        budget -= data.size();
         const auto place = static_cast<std::size_t>(index);
         m_record.m_fields.emplace_back(m_definitions[place], place, data);
     }

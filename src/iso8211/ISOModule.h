@@ -57,7 +57,7 @@ private:
 class ISORawRecord {
 public:
     /// More fields in one record than any published file has; a hostile one is refused.
-    static constexpr std::size_t maximumFields = 65'536;
+    static constexpr std::size_t maximumFields = 8'192;
 
     [[nodiscard]] std::span<const ISORawField> fields() const { return m_fields; }
     [[nodiscard]] bool reusesLeader() const { return m_reuseLeader; }

@@ -91,9 +91,18 @@ Result<ISOFile> ISOFile::read(const std::filesystem::path& path)
     ISOModule module;
     if (auto opened = module.open(path); !opened)
         return tl::unexpected(opened.error());
+    // Every value of a sound file has a byte at least: a file of more values than bytes would take
+    // any amount of memory.
+    constexpr std::size_t slack = 65'536;
+    std::size_t values = 0;
     std::vector<ISORecord> records;
-    while (const ISORawRecord* record = module.readRecord())
+    while (const ISORawRecord* record = module.readRecord()) {
+        for (const auto& field : record->fields())
+            values += field.repeatCount() * field.definition().subfields().size();
+        if (values > module.offset() + slack)
+            break;
         records.push_back(ISORecord::copyOf(*record));
+    }
     return ISOFile(std::move(records));
 }
 

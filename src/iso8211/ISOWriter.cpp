@@ -13,7 +13,7 @@ using WriteValue = std::variant<std::string, std::int64_t, double>;
 /// The bytes of one value, or nothing when a fixed width is too narrow for it.
 std::optional<std::string> encode(const ISOSubfieldDefinition& subfield, const WriteValue& value)
 {
-    if (subfield.binaryFormat() == 0 || subfield.dataType() == ISODataType::BinaryString) {
+    if (subfield.isText() || subfield.dataType() == ISODataType::BinaryString) {
         std::string text;
         if (const auto* words = std::get_if<std::string>(&value))
             text = *words;
@@ -25,7 +25,7 @@ std::optional<std::string> encode(const ISOSubfieldDefinition& subfield, const W
             return text + isoUnitTerminator;
         if (text.size() > subfield.width())
             return std::nullopt;
-        text.resize(subfield.width(), subfield.binaryFormat() == 0 ? ' ' : '\0');
+        text.resize(subfield.width(), subfield.isText() ? ' ' : '\0');
         return text;
     }
     std::int64_t whole = 0;

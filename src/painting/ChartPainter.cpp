@@ -13,6 +13,7 @@ namespace {
 /// Some features of one cell in drawing order: a piece of work for one thread.
 struct Portion {
     const CellGeometry* geometry;
+    std::uint32_t cellRank;
     double longitudeShift;
     std::vector<std::uint32_t> features;
 };
@@ -22,7 +23,8 @@ constexpr std::size_t portionSize = 400;
 std::vector<Portion> portionsOf(const ChartScene& scene, const Rect& box)
 {
     std::vector<Portion> portions;
-    for (const auto& geometry : scene.cells | std::views::reverse)
+    for (std::size_t rank = scene.cells.size(); rank-- > 0;) {
+        const auto& geometry = scene.cells[rank];
         for (const double shift : std::array{-360.0, 0.0, 360.0}) {
             const Rect shifted{box.left - shift, box.bottom, box.right - shift, box.top};
             if (!geometry->bounds().intersects(shifted))
@@ -31,14 +33,38 @@ std::vector<Portion> portionsOf(const ChartScene& scene, const Rect& box)
             for (std::size_t from = 0; from < found.size(); from += portionSize) {
                 const auto to = std::min(from + portionSize, found.size());
                 portions.push_back({geometry.get(),
+                                    static_cast<std::uint32_t>(rank),
                                     shift,
                                     {found.begin() + static_cast<std::ptrdiff_t>(from),
                                      found.begin() + static_cast<std::ptrdiff_t>(to)}});
             }
         }
+    }
     return portions;
 }
+
+/// What one thread drew of one portion.
+struct Drawn {
+    explicit Drawn(double pixelsPerPoint)
+        : list(pixelsPerPoint)
+    {
+    }
+    DisplayList list;
+    S57TextModel texts;
+};
 } // namespace
+
+std::shared_ptr<FigureImages> ChartPainter::figuresFor(const ChartScene& scene,
+                                                       double pixelsPerPoint) const
+{
+    const std::lock_guard lock(m_mutex);
+    if (!m_figures || m_figures->pixelsPerPoint() != pixelsPerPoint
+        || m_portrayal.lock() != scene.portrayal) {
+        m_figures = std::make_shared<FigureImages>(pixelsPerPoint);
+        m_portrayal = scene.portrayal;
+    }
+    return m_figures;
+}
 
 QImage ChartPainter::paint(const ChartScene& scene, const ViewFrame& frame) const
 {
@@ -56,31 +82,40 @@ QImage ChartPainter::paint(const ChartScene& scene, const ViewFrame& frame,
     // First every feature's instructions, then the pixels: each path is built once, and the bands
     // of rows only take what meets them.
     const auto portions = portionsOf(scene, frame.coveredBox(ViewPathBuilder::margin));
-    std::vector<DisplayList> lists(portions.size());
+    std::vector<Drawn> drawn(portions.size(), Drawn(frame.pixelsPerPoint));
     m_pool.forEach(portions.size(), [&](std::size_t i) {
         if (cancelled)
             return;
         const Portion& portion = portions[i];
-        S57ObjectRender(frame, scene.colors, scene.settings)
-            .drawFeatures(*portion.geometry, portion.features, portion.longitudeShift, lists[i]);
+        S57ObjectRender(frame, *scene.portrayal, scene.settings)
+            .drawFeatures(*portion.geometry, portion.features, portion.cellRank,
+                          portion.longitudeShift, drawn[i].list, drawn[i].texts);
     });
+    const auto figures = figuresFor(scene, frame.pixelsPerPoint);
+    S57TextModel texts;
+    for (Drawn& part : drawn)
+        texts.append(std::move(part.texts));
+    DisplayList labels(frame.pixelsPerPoint);
+    if (!cancelled)
+        texts.draw(*figures, frame.pixelsPerPoint, labels);
 
     picture.bits(); // detached here, once, not by the workers
     auto* pixels = reinterpret_cast<std::uint32_t*>(picture.bits());
     const int stride = static_cast<int>(picture.bytesPerLine() / 4);
     const int bands = std::clamp(frame.height / 64, 1, static_cast<int>(m_pool.size()) * 4);
-    const QRgb background = toQColor(scene.colors.noDataColor).rgb();
+    const QRgb background = toQColor(RenderColors::from(scene.portrayal->colors).noDataColor).rgb();
     m_pool.forEach(static_cast<std::size_t>(bands), [&](std::size_t i) {
         const int top = static_cast<int>(i) * frame.height / bands;
         const int bottom = (static_cast<int>(i) + 1) * frame.height / bands;
         std::uint32_t* rows = pixels + static_cast<std::ptrdiff_t>(top) * stride;
         std::fill(rows, rows + static_cast<std::ptrdiff_t>(bottom - top) * stride, background);
-        PainterCanvas canvas({rows, frame.width, bottom - top, stride}, top, frame.pixelsPerPoint);
-        for (const DisplayList& list : lists) {
+        PainterCanvas canvas({rows, frame.width, bottom - top, stride}, top, *figures);
+        for (const Drawn& part : drawn) {
             if (cancelled)
                 return;
-            list.replay(canvas, top, bottom);
+            part.list.replay(canvas, top, bottom);
         }
+        labels.replay(canvas, top, bottom);
     });
     return cancelled ? QImage() : picture;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "chartview/ViewFrame.h"
+#include "painting/FigureImages.h"
 #include "painting/WorkerPool.h"
 #include "presentation/S57ObjectRender.h"
 #include "s57/CellGeometry.h"
@@ -9,6 +10,7 @@
 
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 namespace kelvox {
@@ -17,7 +19,7 @@ namespace kelvox {
 struct ChartScene {
     /// The best for the view first; drawn from the last to the first, so the first lies on top.
     std::vector<std::shared_ptr<const CellGeometry>> cells;
-    RenderColors colors;
+    std::shared_ptr<const Portrayal> portrayal = std::make_shared<const Portrayal>();
     RenderSettings settings;
 };
 
@@ -34,7 +36,14 @@ public:
     [[nodiscard]] QImage paint(const ChartScene& scene, const ViewFrame& frame) const;
 
 private:
+    [[nodiscard]] std::shared_ptr<FigureImages> figuresFor(const ChartScene& scene,
+                                                           double pixelsPerPoint) const;
+
     WorkerPool& m_pool;
+    // The images of the scheme and sharpness painted last.
+    mutable std::mutex m_mutex;
+    mutable std::weak_ptr<const Portrayal> m_portrayal;
+    mutable std::shared_ptr<FigureImages> m_figures;
 };
 
 } // namespace kelvox

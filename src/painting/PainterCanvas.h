@@ -1,6 +1,7 @@
 #pragma once
 
 #include "painting/AreaFiller.h"
+#include "painting/FigureImages.h"
 #include "presentation/Canvas.h"
 
 #include <QImage>
@@ -12,15 +13,19 @@ namespace kelvox {
 class PainterCanvas final : public Canvas {
 public:
     /// @param buffer the band's pixels, @param top its first row in the picture
-    PainterCanvas(const PixelBuffer& buffer, int top, double pixelsPerPoint);
+    PainterCanvas(const PixelBuffer& buffer, int top, FigureImages& figures);
 
     void fillArea(const Path& rings, DisplayColor color) override;
     void strokeLine(const Path& lines, const Stroke& stroke) override;
+    void placeSymbol(const SymbolDrawing& symbol, Point at, float degrees) override;
+    void placeText(const TextFigure& figure, Point at) override;
 
 private:
+    void place(const FigureImage& figure, Point at);
+
     PixelBuffer m_buffer;
     int m_top;
-    double m_pixelsPerPoint;
+    FigureImages& m_figures;
     QImage m_image; ///< the band, sharing its pixels
     QPainter m_painter;
     AreaFiller m_filler;

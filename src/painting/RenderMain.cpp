@@ -3,7 +3,7 @@
 
 #include "base/Folders.h"
 #include "painting/ChartPainter.h"
-#include "presentation/S52Model.h"
+#include "presentation/S52Lookup.h"
 #include "s57/S57CellLoader.h"
 
 #include <CLI/CLI.hpp>
@@ -99,13 +99,13 @@ int render(const Options& options, PictureSize size, const std::optional<Positio
         return problems.empty() ? fail("no cells in what was named") : 1;
 
     S52Model library({folders::applicationResources(), folders::userData()});
-    const std::string table = options.palette == "day" ? "DAY"
-        : options.palette == "dusk"                    ? "DUSK"
-                                                       : "NIGHT";
-    const auto colors = library.cols().find(table);
-    if (colors == library.cols().end())
-        return fail("the presentation library has no colours: " + table);
-    scene.colors = RenderColors::from(colors->second.ccie());
+    S52Render presentation(library);
+    presentation.setColorTable(options.palette == "day" ? 1 : options.palette == "dusk" ? 2 : 3);
+    scene.portrayal = presentation.portrayal();
+    if (scene.portrayal->colors.empty())
+        return fail("the presentation library has no colours for " + options.palette);
+    pool.forEach(scene.cells.size(),
+                 [&](std::size_t i) { S52Lookup::setS52Lupts(scene.cells[i]->cell(), library); });
 
     Rect bounds;
     for (const auto& geometry : scene.cells)

@@ -96,10 +96,17 @@ LinearColor linearFromCie(const CieColor& color, const std::array<Chromaticity, 
     return result;
 }
 
-LinearColor fitIntoDisplay(LinearColor color)
+LinearColor fitIntoDisplay(LinearColor color, double grey)
 {
     for (double& part : color)
-        part = std::isfinite(part) ? std::max(part, 0.0) : 0.0;
+        if (!std::isfinite(part))
+            part = 0;
+    const double least = *std::min_element(color.begin(), color.end());
+    if (least < 0) {
+        const double paling = grey > 0 ? -least / (grey - least) : 1;
+        for (double& part : color)
+            part = std::max(0.0, part + paling * (std::max(grey, 0.0) - part));
+    }
     const double brightest = *std::max_element(color.begin(), color.end());
     if (brightest > 1)
         for (double& part : color)
@@ -184,14 +191,16 @@ double MonitorCalibration::drive(std::size_t channel, double share) const
 DisplayColor MonitorCalibration::color(const CieColor& color) const
 {
     const LinearColor linear =
-        fitIntoDisplay(linearFromCie(color, m_primaries, m_white, whiteLuminance()));
+        fitIntoDisplay(linearFromCie(color, m_primaries, m_white, whiteLuminance()),
+                       color.luminance / whiteLuminance());
     return {toByte(drive(0, linear[0])), toByte(drive(1, linear[1])), toByte(drive(2, linear[2]))};
 }
 
 DisplayColor standardColor(const CieColor& color)
 {
     const LinearColor linear =
-        fitIntoDisplay(linearFromCie(color, srgbPrimaries, d65, libraryWhiteLuminance));
+        fitIntoDisplay(linearFromCie(color, srgbPrimaries, d65, libraryWhiteLuminance),
+                       color.luminance / libraryWhiteLuminance);
     const auto coded = [](double v) {
         return toByte(255 * (v <= 0.0031308 ? 12.92 * v : 1.055 * std::pow(v, 1 / 2.4) - 0.055));
     };

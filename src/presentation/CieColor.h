@@ -35,9 +35,10 @@ inline constexpr double libraryWhiteLuminance = 80;
                                         const std::array<Chromaticity, 3>& primaries,
                                         Chromaticity white, double whiteLuminance);
 
-/// Brings a mixture into what a display can show: what is below zero becomes zero, and a colour
-/// too bright is dimmed as a whole, so that its hue stays.
-[[nodiscard]] LinearColor fitIntoDisplay(LinearColor color);
+/// Brings a mixture into what a display can show. What has less than nothing of a primary is paled
+/// towards the grey of its own luminance, given as a share of the white; what is too bright is
+/// dimmed as a whole. So the hue stays, and nothing becomes brighter than asked for.
+[[nodiscard]] LinearColor fitIntoDisplay(LinearColor color, double grey);
 
 /// What a display shows for each drive value 0 to 255, from the calibration file.
 ///

@@ -2,7 +2,7 @@
 
 #include "presentation/Canvas.h"
 
-#include <cstdint>
+#include <variant>
 #include <vector>
 
 namespace kelvox {
@@ -10,23 +10,45 @@ namespace kelvox {
 /// A canvas that remembers what was drawn on it, to be painted later, elsewhere and in parts.
 class DisplayList final : public Canvas {
 public:
+    /// @param pixelsPerPoint the picture's sharpness, which decides how far symbols reach
+    explicit DisplayList(double pixelsPerPoint)
+        : m_pixelsPerPoint(pixelsPerPoint)
+    {
+    }
     void fillArea(const Path& rings, DisplayColor color) override;
     void strokeLine(const Path& lines, const Stroke& stroke) override;
+    /// The symbol outlives the list.
+    void placeSymbol(const SymbolDrawing& symbol, Point at, float degrees) override;
+    void placeText(const TextFigure& figure, Point at) override;
 
     /// Draws what meets the rows from top to bottom onto another canvas, in order.
     void replay(Canvas& canvas, double top, double bottom) const;
     [[nodiscard]] std::size_t size() const { return m_commands.size(); }
-    void clear() { m_commands.clear(); }
 
 private:
-    struct Command {
-        Path path;
-        float top = 0; ///< rows that the drawing may touch
-        float bottom = 0;
-        Stroke stroke; ///< of an area only the colour counts
-        bool isArea = false;
+    struct Area {
+        Path rings;
+        DisplayColor color;
     };
-    void add(const Path& path, const Stroke& stroke, bool isArea);
+    struct Line {
+        Path lines;
+        Stroke stroke;
+    };
+    struct Symbol {
+        const SymbolDrawing* symbol;
+        Point at;
+        float degrees;
+    };
+    struct Text {
+        TextFigure figure;
+        Point at;
+    };
+    struct Command {
+        float top; ///< rows that the drawing may touch
+        float bottom;
+        std::variant<Area, Line, Symbol, Text> what;
+    };
+    double m_pixelsPerPoint;
     std::vector<Command> m_commands;
 };
 

@@ -6,6 +6,7 @@
 #include "presentation/S52Lupt.h"
 #include "presentation/S52Module.h"
 
+#include <atomic>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -113,8 +114,9 @@ private:
     LineStyles m_s52LnstDictionary;
     Patterns m_s52PattDictionary;
     Symbols m_s52SymbDictionary;
-    bool m_useSymbolizedAreaBoundaries = false;
-    bool m_usePaperChartSymbols = true;
+    // Read by the threads that load cells.
+    std::atomic<bool> m_useSymbolizedAreaBoundaries = false;
+    std::atomic<bool> m_usePaperChartSymbols = true;
 };
 
 } // namespace kelvox

@@ -2,13 +2,40 @@
 
 #include "chartview/ViewFrame.h"
 #include "presentation/Canvas.h"
-#include "presentation/S52Item.h"
+#include "presentation/S52Render.h"
+#include "presentation/S57TextModel.h"
 #include "presentation/ViewPathBuilder.h"
 #include "s57/CellGeometry.h"
+#include "s57/S57Object.h"
+
+#include <span>
 
 namespace kelvox {
 
-/// The colours that the dedicated routines use, taken once from a colour table.
+class Settings;
+
+/// What the user wants to see and how.
+struct RenderSettings {
+    bool showDepthContours = true;
+    bool showSoundings = true;
+    bool showSurface = true; ///< nature of the seabed
+    bool showRecommendedRoutes = true;
+    bool showCautionAreas = true;
+    bool showRestrictedAreas = true;
+    bool showAtAllScales = false; ///< turns the scale filter off
+    bool largeText = false;
+    bool showElevations = true;
+    bool showMarkNames = true;
+    bool showPlaceNames = true;
+    bool showSectors = true;
+    int depthUnit = 1; ///< 0 feet, 1 metres, 2 fathoms
+    bool heightsInMetres = true;
+
+    /// Reads the switches by their names; one that was never set keeps its value.
+    void loadSettings(const Settings& settings);
+};
+
+/// The colours that the dedicated routines use, taken once from a colour scheme.
 struct RenderColors {
     DisplayColor coverageColor; ///< DEPDW
     DisplayColor landColor; ///< LANDA
@@ -19,44 +46,101 @@ struct RenderColors {
     DisplayColor shallowFillColor; ///< DEPVS too, on purpose
     DisplayColor contourLineColor; ///< DEPCN
     DisplayColor noDataColor; ///< NODTA, where no chart is
+    DisplayColor soundingColor; ///< SNDG2
+    DisplayColor textColor; ///< CHBLK
 
     [[nodiscard]] static RenderColors from(const S52CcieMap& colors);
-};
-
-/// What the user wants to see.
-struct RenderSettings {
-    bool showDepthContours = true;
 };
 
 /// Draws the features of cells into one picture. Holds no state of the chart: one for each thread.
 class S57ObjectRender {
 public:
-    S57ObjectRender(const ViewFrame& frame, const RenderColors& colors,
-                    const RenderSettings& settings);
+    enum class Quality { Full, Reduced };
+
+    /// @param portrayal outlives what is drawn: symbols are handed on by reference
+    S57ObjectRender(const ViewFrame& frame, const Portrayal& portrayal,
+                    const RenderSettings& settings, Quality quality = Quality::Full);
 
     /// Draws some features of a cell, named by their places in its list, in that order.
+    /// @param cellRank 0 for the cell that lies on top
     /// @param longitudeShift as for ViewPathBuilder
     void drawFeatures(const CellGeometry& geometry, std::span<const std::uint32_t> features,
-                      double longitudeShift, Canvas& canvas);
+                      std::uint32_t cellRank, double longitudeShift, Canvas& canvas,
+                      S57TextModel& texts);
+
+    /// Whether the filters let a feature through: its class, the switches and its scale.
+    [[nodiscard]] bool isDrawn(const S57Feature& feature) const;
 
 private:
-    struct Drawing {
+    /// One feature being drawn (the render parameter).
+    struct Parameter {
         const CellGeometry& geometry;
         std::size_t index;
         const S57Feature& feature;
+        const S57Object& object;
+        Point anchor; ///< pixel
+        std::uint32_t cellRank;
+        AffineTransform toPixels;
         ViewPathBuilder& paths;
         Canvas& canvas;
+        S57TextModel& texts;
+
+        [[nodiscard]] const Path& area() const { return paths.areaPath(geometry, index); }
+        [[nodiscard]] const Path& line() const { return paths.linePath(geometry, index); }
+        [[nodiscard]] bool isArea() const { return feature.geometry() == S57Feature::area; }
+        [[nodiscard]] bool isLine() const { return feature.geometry() == S57Feature::line; }
     };
-    void drawObject(const Drawing& drawing) const;
-    void drawDepth(const Drawing& drawing) const;
-    void drawDepthContour(const Drawing& drawing) const;
-    void drawLandArea(const Drawing& drawing) const;
-    void drawLake(const Drawing& drawing) const;
-    void drawCoverage(const Drawing& drawing) const;
+
+    void drawObject(const Parameter& p) const;
+    // Dedicated routines.
+    void drawDepth(const Parameter& p) const;
+    void drawDepthContour(const Parameter& p) const;
+    void drawLandArea(const Parameter& p) const;
+    void drawLake(const Parameter& p) const;
+    void drawCoverage(const Parameter& p) const;
+    void drawSounding(const Parameter& p) const;
+    void drawSeaBed(const Parameter& p) const;
+    void drawTurbulence(const Parameter& p) const;
+    void drawRadius(const Parameter& p) const;
+    void drawAnnotation(const Parameter& p) const;
+    void drawObjectName(const Parameter& p) const;
+    void drawMarkName(const Parameter& p) const;
+    void drawInformation(const Parameter& p) const;
+    void drawElevation(const Parameter& p) const;
+    void drawSector(const Parameter& p) const;
+    void drawLightCharacter(const Parameter& p) const;
+    void addText(const Parameter& p, std::string text, S57TextModel::Rank rank, bool centred,
+                 bool italic) const;
+
+    // Plain instructions.
+    void drawLookUp(const Parameter& p) const;
+    void processSelectedInstruction(const Parameter& p, std::string_view text) const;
+    void drawInstruction(const Parameter& p, const Instruction& instruction) const;
+    void drawSymbol(const Parameter& p, const Instruction& instruction) const;
+    void drawLineStyle(const Parameter& p, const Instruction& instruction) const;
+    void drawLineComplex(const Parameter& p, const Instruction& instruction) const;
+    void drawAreaColor(const Parameter& p, const Instruction& instruction) const;
+    void drawAreaPattern(const Parameter& p, const Instruction& instruction) const;
+    void drawText(const Parameter& p, const Instruction& instruction) const;
+
+    // Conditional procedures.
+    void drawSymbolConditional(const Parameter& p, const std::string& name) const;
+    void drawDepthArea(const Parameter& p) const;
+    void drawLights(const Parameter& p) const;
+    void drawObstruction(const Parameter& p) const;
+    void drawShoreLineConstruction(const Parameter& p) const;
+    void drawQualityOfPosition(const Parameter& p) const;
+    void drawRestriction(const Parameter& p) const;
+    void drawRestrictedArea(const Parameter& p) const;
+    void drawTopMark(const Parameter& p) const;
+    void drawWreck(const Parameter& p) const;
 
     ViewFrame m_frame;
+    const Portrayal& m_portrayal;
     RenderColors m_colors;
     RenderSettings m_settings;
+    Quality m_quality;
+    float m_soundingDetail; ///< soundings below this detail would overprint each other
 };
 
 } // namespace kelvox

@@ -55,11 +55,26 @@ public:
     }
     [[nodiscard]] const Edge& edge(const Use& use) const { return m_edges[use.edge]; }
 
-    /// The edges of the feature at a place of the cell's feature list.
+    /// The edges of the feature at a place of the cell's feature list. A feature that runs along
+    /// more vertices than twice all that the cell has is cut short there.
     [[nodiscard]] std::span<const Use> uses(std::size_t feature) const;
     /// x longitude in degrees, y ordinate; empty for a feature without a place.
     [[nodiscard]] Rect bounds(std::size_t feature) const;
     [[nodiscard]] Rect bounds() const { return m_bounds; }
+    /// Where a feature's symbol and name stand, whatever the view: the point itself, the middle of
+    /// a line, a place well inside an area. x longitude, y ordinate; nothing without a place.
+    [[nodiscard]] std::optional<Point> anchor(std::size_t feature) const;
+
+    struct Sounding {
+        float longitude = 0;
+        float ordinate = 0;
+        float depth = 0; ///< metres, negative where it dries
+        /// The detail code from which on it is left out: the shoalest of each neighbourhood stays
+        /// longest.
+        std::uint8_t detail = 0;
+    };
+    /// The soundings of a feature with one isolated node that holds depths.
+    [[nodiscard]] std::span<const Sounding> soundings(std::size_t feature) const;
 
     /// The features whose bounds meet the box, in drawing order: coverage, the skin of the earth,
     /// other areas, lines, points; within each as the cell stores them. Stored order alone would
@@ -73,23 +88,39 @@ public:
 private:
     class Index;
     void addEdge(const S57Vector& vector);
+    [[nodiscard]] Rect boundsOfNode(std::uint64_t recordKey);
     void addFeature(const S57Feature& feature);
+    void addSoundings(const S57Feature& feature);
+    void thinSoundings();
+    [[nodiscard]] Vertex areaAnchor(std::size_t feature) const;
+    [[nodiscard]] Vertex lineAnchor(std::size_t feature) const;
     void buildDrawingOrder();
 
     std::shared_ptr<const S57ChartItems> m_cell;
     std::vector<Vertex> m_vertices;
     std::vector<std::uint8_t> m_details;
     std::vector<Edge> m_edges;
-    std::unordered_map<std::uint64_t, std::uint32_t> m_edgeByKey; ///< dropped after building
+    // Dropped after building.
+    std::unordered_map<std::uint64_t, std::uint32_t> m_edgeByKey;
+    std::unordered_map<std::uint64_t, Rect> m_nodeBounds;
+    std::vector<Rect> m_edgeBounds; ///< beside m_edges
     std::vector<Use> m_uses;
     struct Shape {
         std::uint32_t firstUse = 0;
         std::uint32_t useCount = 0;
+        std::uint32_t firstSounding = 0;
+        std::uint32_t soundingCount = 0;
         float left = 0, bottom = 0, right = -1, top = -1; ///< empty
+        Vertex anchor;
     };
+    std::vector<Sounding> m_soundings;
     std::vector<Shape> m_shapes; ///< beside the cell's features
     std::vector<std::uint32_t> m_drawingRank; ///< of each feature
     std::unique_ptr<Index> m_index;
+    // What a hostile cell may cost: a sound one draws an edge for a few features and a node of
+    // soundings for one.
+    std::size_t m_anchorBudget = 0; ///< vertices still to be looked at for anchors
+    std::size_t m_soundingBudget = 0;
     Rect m_bounds;
 };
 

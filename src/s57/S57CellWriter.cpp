@@ -13,7 +13,7 @@ namespace kelvox {
 
 namespace {
 constexpr std::uint8_t null = 255; ///< S-57's "no value" of a one-byte subfield
-constexpr std::uint8_t insertion = 1, deletion = 2, modification = 3;
+constexpr std::uint8_t deletion = 2, modification = 3;
 constexpr std::size_t longestEdge = 4'000; ///< places; 8 bytes each
 constexpr std::size_t mostSoundings = 4'000;
 constexpr char removedValue = 0x7F; ///< an attribute value that an update takes away

@@ -7,6 +7,7 @@
 #include <bit>
 #include <cctype>
 #include <cmath>
+#include <unordered_set>
 
 namespace kelvox {
 
@@ -204,6 +205,7 @@ void S57ChartItems::measure()
                 box.include(Point{c.longitude, c.latitude});
     };
     m_bounds = {};
+    std::unordered_set<const S57Vector*> seen{nullptr};
     for (const auto& feature : m_features) {
         if (feature->objectCode() != s57class::M_COVR
             || feature->s57Object()->catcov() == noCoverage)
@@ -211,7 +213,7 @@ void S57ChartItems::measure()
         for (const auto& spatial : feature->s57FeatureSpatials()) {
             const auto nodes = spatial.edgeConnectedNodes(*this);
             for (const S57Vector* vector : {nodes.edge, nodes.start, nodes.end})
-                if (vector)
+                if (seen.insert(vector).second)
                     include(m_bounds, *vector);
         }
     }

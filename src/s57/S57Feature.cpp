@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <ranges>
 
 namespace kelvox {
 
@@ -94,11 +93,12 @@ void S57FeatureSpatial::buildEdgePath(Path& path, const S57Controller& view,
     }
     if (path.isEmpty())
         return; // an edge that begins nowhere is left out, on purpose
+    const auto places = nodes.edge->s57Coordinates();
     const auto draw = [&](const S57Coordinate& c) { path.lineTo(c.coordinateToPoint(view)); };
     if (orient == reverse)
-        std::ranges::for_each(nodes.edge->s57Coordinates() | std::views::reverse, draw);
+        std::for_each(places.rbegin(), places.rend(), draw);
     else
-        std::ranges::for_each(nodes.edge->s57Coordinates(), draw);
+        std::for_each(places.begin(), places.end(), draw);
     if (const auto to = nodePoint(nodes.end, view))
         path.lineTo(*to);
 }

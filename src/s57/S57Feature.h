@@ -3,6 +3,7 @@
 #include "base/Path.h"
 #include "s57/S57Vector.h"
 
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -145,8 +146,9 @@ public:
     [[nodiscard]] bool isNavAid() const;
 
     /// The look-up entry of the presentation library; null when there is none.
-    [[nodiscard]] const S52Lupt* s52Lupt() const { return m_lupt; }
-    void setS52Lupt(const S52Lupt* entry) { m_lupt = entry; }
+    /// It may be assigned anew while other threads read it.
+    [[nodiscard]] const S52Lupt* s52Lupt() const { return m_lupt.load(std::memory_order_relaxed); }
+    void setS52Lupt(const S52Lupt* entry) { m_lupt.store(entry, std::memory_order_relaxed); }
     [[nodiscard]] S57Object* s57Object() const { return m_object.get(); }
     void setS57Object(std::unique_ptr<S57Object> object);
     /// The place of a point feature.
@@ -170,7 +172,7 @@ private:
     std::unique_ptr<Path> m_edgePath;
     std::unique_ptr<Path> m_scaledEdgePath;
     std::unique_ptr<S57Object> m_object;
-    const S52Lupt* m_lupt = nullptr;
+    std::atomic<const S52Lupt*> m_lupt = nullptr;
     std::string_view m_description;
     std::optional<S57Coordinate> m_coordinate;
     std::uint32_t m_recordID = 0;

@@ -37,7 +37,13 @@ private:
 
 // One per file <Name>Command.cpp: declares the command and what it does.
 
-// One function for each file <Name>Command.cpp: declares the command and says what it does.
+// One function for each file <Name>Command.cpp: declares its commands and says what they do.
+void addAISCommand(Tool& tool);
+void addGribCommand(Tool& tool);
 void addInfoCommand(Tool& tool);
+void addNavigationCommand(Tool& tool);
+void addNmeaCommand(Tool& tool);
+void addRasterCommand(Tool& tool);
+void addSimulateCommand(Tool& tool);
 
 } // namespace kelvox

@@ -28,7 +28,13 @@ int main(int argc, char** argv)
     app.require_subcommand(1);
     app.set_version_flag("--version", KELVOX_VERSION);
     kelvox::Tool tool(app);
+    kelvox::addAISCommand(tool);
+    kelvox::addGribCommand(tool);
     kelvox::addInfoCommand(tool);
+    kelvox::addNavigationCommand(tool);
+    kelvox::addNmeaCommand(tool);
+    kelvox::addRasterCommand(tool);
+    kelvox::addSimulateCommand(tool);
     tool.command("render", "Draw charts into a PNG");
 
     try {

@@ -1,0 +1,90 @@
+#include "ais/AISStrings.h"
+
+namespace kelvox {
+
+const Strings& aisStrings()
+{
+    static const Strings texts = {
+        {"NSAISProximityAlarm", "Vessel close by"},
+        {"NSOK", "OK"},
+        {"NSRadarTarget", "Radar target"},
+        {"NSRadarCursor", "Radar cursor"},
+        {"NSReceiverPosition", "AIS receiver"},
+        {"NSShipTypeWingInGround", "Wing in ground"},
+        {"NSShipTypeFishing", "Fishing"},
+        {"NSShipTypeTowing", "Towing"},
+        {"NSShipTypeDredging", "Dredging"},
+        {"NSShipTypeDiving", "Diving"},
+        {"NSShipTypeMilitary", "Military"},
+        {"NSShipTypeSailing", "Sailing"},
+        {"NSShipTypePleasure", "Pleasure craft"},
+        {"NSShipTypeHighSpeed", "High-speed craft"},
+        {"NSShipTypePilot", "Pilot"},
+        {"NSShipTypeRescue", "Search and rescue"},
+        {"NSShipTypeTug", "Tug"},
+        {"NSShipTypePortTender", "Port tender"},
+        {"NSShipTypeAntiPollution", "Anti-pollution"},
+        {"NSShipTypeLawEnforcement", "Law enforcement"},
+        {"NSShipTypeMedical", "Medical"},
+        {"NSShipTypePassenger", "Passenger"},
+        {"NSShipTypeCargo", "Cargo"},
+        {"NSShipTypeTanker", "Tanker"},
+        {"NSShipTypeOther", "Other"},
+    };
+    return texts;
+}
+
+std::string_view aisShipTypeKey(int type)
+{
+    switch (type) {
+    case 30:
+        return "NSShipTypeFishing";
+    case 31:
+    case 32:
+        return "NSShipTypeTowing";
+    case 33:
+        return "NSShipTypeDredging";
+    case 34:
+        return "NSShipTypeDiving";
+    case 35:
+        return "NSShipTypeMilitary";
+    case 36:
+        return "NSShipTypeSailing";
+    case 37:
+        return "NSShipTypePleasure";
+    case 50:
+        return "NSShipTypePilot";
+    case 51:
+        return "NSShipTypeRescue";
+    case 52:
+        return "NSShipTypeTug";
+    case 53:
+        return "NSShipTypePortTender";
+    case 54:
+        return "NSShipTypeAntiPollution";
+    case 55:
+        return "NSShipTypeLawEnforcement";
+    case 58:
+        return "NSShipTypeMedical";
+    default:
+        break;
+    }
+    switch (type / 10) {
+    case 2:
+        return "NSShipTypeWingInGround";
+    case 4:
+        return "NSShipTypeHighSpeed";
+    case 6:
+        return "NSShipTypePassenger";
+    case 7:
+        return "NSShipTypeCargo";
+    case 8:
+        return "NSShipTypeTanker";
+    case 9:
+        return "NSShipTypeOther";
+    default:
+        return {};
+    }
+}
+
+} // namespace kelvox

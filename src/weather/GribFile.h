@@ -1,0 +1,21 @@
+#pragma once
+
+#include "base/Result.h"
+
+#include <filesystem>
+#include <string>
+
+namespace kelvox {
+
+/// Whether the extension is "BZ2" in any case.
+[[nodiscard]] bool isBzip2(const std::filesystem::path& path);
+
+/// The bytes of a weather file; a bzip2 file is unpacked in memory by the system's bunzip2 and left
+/// as it is. Refuses what is larger than 1 GiB unpacked.
+[[nodiscard]] Result<std::string> readGribFile(const std::filesystem::path& path);
+
+/// Runs "bunzip2 -f" on the file, which then lies unpacked beside its old place. Returns the new
+/// path: the old one less its extension.
+[[nodiscard]] Result<std::filesystem::path> unpackInPlace(const std::filesystem::path& path);
+
+} // namespace kelvox
