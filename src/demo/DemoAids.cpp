@@ -227,7 +227,7 @@ void addSpecialMarks(DemoCell& cell)
 void addBeacons(DemoCell& cell)
 {
     Mark(cell, "BCNLAT", {-333, -420},
-         {{"OBJNAM", "West Breakwater"},
+         {{"OBJNAM", "West Breakwater Head"},
           {"BCNSHP", "3"},
           {"CATLAM", "1"},
           {"COLOUR", "3"},
@@ -236,7 +236,7 @@ void addBeacons(DemoCell& cell)
         .topmark({"5", "3"})
         .light({"2", "(2)", "6", "3", "7", "10"});
     Mark(cell, "BCNLAT", {304, -559},
-         {{"OBJNAM", "East Breakwater"},
+         {{"OBJNAM", "East Breakwater Head"},
           {"BCNSHP", "3"},
           {"CATLAM", "2"},
           {"COLOUR", "4"},
@@ -301,17 +301,9 @@ void addLighthouses(DemoCell& cell)
         .light({"2", "(3)", "20", "1", "22", "41"})
         .carry("FOGSIG", {{"CATFOG", "10"}, {"SIGGRP", "(2)"}, {"SIGPER", "60"}, {"SIGGEN", "1"}})
         .carry("RTPBCN", {{"CATRTB", "2"}, {"SIGGRP", "(H)"}, {"VALMXR", "15"}});
-    Mark(cell, "LNDMRK", {-2'500, -1'790}, tower("Monk's Isle", "1", "12"))
-        .sector({"8", "(2)", "8", "3", "9", "26"}, "357", "45")
-        .sector({"8", "(2)", "8", "1", "12", "26"}, "350", "357")
-        .sector({"8", "(2)", "8", "4", "9", "26"}, "290", "350")
-        .sector({"8", "(2)", "8", "1", "12", "26"}, "45", "110");
     Mark(cell, "LNDMRK", {-11'900, -8'300}, tower("Great Sorrel", "1,2", "18"))
         .light({"8", "(1)", "10", "1", "17", "72"});
-    Mark(cell, "LNDMRK", {6'900, -5'420}, tower("Tithings", "1", "10"))
-        .sector({"2", "(4)", "15", "1", "14", "19"}, "180", "345")
-        .sector({"2", "(4)", "15", "3", "10", "19"}, "345", "60");
-    Mark(cell, "LNDMRK", {17'500, -19'300}, tower("Carrow Point", "1,3", "29"))
+    Mark(cell, "LNDMRK", {18'500, -18'000}, tower("Carrow Point", "1,3", "29"))
         .light({"2", "(2)", "15", "1", "24", "55"});
     Mark(cell, "LNDMRK", {-28'800, -19'700}, tower("Long Drummel", "1", "22"))
         .light({"2", "(1)", "7.5", "1", "20", "48"});
@@ -319,6 +311,16 @@ void addLighthouses(DemoCell& cell)
         .light({"2", "(2)", "30", "1", "25", "61"});
     Mark(cell, "LNDMRK", {9'000, -63'200}, tower("Lantern", "3", "25"))
         .light({"2", "(1)", "20", "1", "23", "58"});
+    if (!cell.isAtLeast(3))
+        return;
+    Mark(cell, "LNDMRK", {-2'500, -1'790}, tower("Monk's Isle", "1", "12"))
+        .sector({"8", "(2)", "8", "3", "9", "26"}, "357", "45")
+        .sector({"8", "(2)", "8", "1", "12", "26"}, "350", "357")
+        .sector({"8", "(2)", "8", "4", "9", "26"}, "290", "350")
+        .sector({"8", "(2)", "8", "1", "12", "26"}, "45", "110");
+    Mark(cell, "LNDMRK", {6'900, -5'420}, tower("Tithings", "1", "10"))
+        .sector({"2", "(4)", "15", "1", "14", "19"}, "180", "345")
+        .sector({"2", "(4)", "15", "3", "10", "19"}, "345", "60");
     Mark(cell, "OFSPLF", {9'500, -19'600},
          {{"OBJNAM", "Brigand A"},
           {"CATOFP", "2"},

@@ -60,22 +60,11 @@ double signedArea(const DemoLine& ring)
     }
     return sum / 2;
 }
-
-bool isInside(const DemoLine& ring, Point p)
-{
-    bool inside = false;
-    for (std::size_t i = 0, j = ring.size() - 1; i < ring.size(); j = i++)
-        if ((ring[i].y > p.y) != (ring[j].y > p.y)
-            && p.x
-                < (ring[j].x - ring[i].x) * (p.y - ring[i].y) / (ring[j].y - ring[i].y) + ring[i].x)
-            inside = !inside;
-    return inside;
-}
 } // namespace
 
 std::string demoNumber(double value)
 {
-    return fmt::format("{:g}", value);
+    return fmt::format("{:g}", value + 0.0); // and no "-0"
 }
 
 DemoCell::DemoCell(DemoChart chart)
@@ -326,7 +315,7 @@ void DemoCell::addSoundings(const std::vector<DemoWork>& works)
                 && best.y < area.top;
             if (bestElevation < -1e8 || !inside
                 || std::any_of(works.begin(), works.end(),
-                               [&](const auto& work) { return isInside(work.ring, best); }))
+                               [&](const auto& work) { return isInsideRing(work.ring, best); }))
                 continue;
             // Rounded to the shoal side: decimetres down to 31 m, metres beyond.
             const double depth = -bestElevation;

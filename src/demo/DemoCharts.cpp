@@ -35,17 +35,22 @@ std::vector<DemoChart> charts(int size)
         {"KV5K1011", 5, 12'000, {-4'800, -3'000, 0, 3'400}, 8, {-50, -20, -10, -5, -2, 0, 4}, 130},
         {"KV5K1012", 5, 12'000, {0, -3'000, 4'800, 3'400}, 8, {-50, -20, -10, -5, -2, 0, 4}, 130},
     };
-    // Larger charts: a finer lattice, then a contour for every metre, and soundings in proportion.
+    // Larger charts: contours every few metres, soundings in proportion, and a finer lattice where
+    // the scale is large.
     for (DemoChart& chart : all) {
-        if (size > 1) {
-            chart.levels.clear();
-            for (int depth = 100; depth >= 0; --depth)
-                chart.levels.push_back(-depth);
-            chart.levels.push_back(DemoGround::highWater);
+        if (size == 1)
+            break;
+        const int step = chart.usageBand == 1 ? 5 : chart.usageBand == 3 ? 2 : 1;
+        chart.levels.clear();
+        for (int depth = 100; depth >= 0; depth -= step) {
+            chart.levels.push_back(-depth);
+            if (size >= 4 && chart.usageBand == 4 && depth > 0 && depth <= 25)
+                chart.levels.push_back(0.5 - depth);
         }
-        for (int finer = size; finer > 1; finer /= 2)
+        chart.levels.push_back(DemoGround::highWater);
+        for (int finer = size; finer > 1 && chart.usageBand >= 4; finer /= 2)
             chart.spacing /= 2;
-        chart.soundingSpacing /= size;
+        chart.soundingSpacing /= 1.25 * size;
     }
     return all;
 }
@@ -80,7 +85,7 @@ S57CellWriter updateOf(const DemoCell& cell)
                      {"VALSOU", "4.6"},
                      {"QUASOU", "6"},
                      {"OBJNAM", "Harvest Moon"}});
-    if (const auto head = cell.named("West Breakwater")) {
+    if (const auto head = cell.named("West Breakwater Head")) {
         // All that stands there shares the node.
         update.changePlaces(update.isolatedNode(DemoGround::position({-333, -420})), {3, 1},
                             {DemoGround::position({-352, -417})});

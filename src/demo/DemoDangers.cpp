@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -90,12 +91,13 @@ void addObstructions(DemoCell& cell)
                {{"CATOBS", "2"}, {"WATLEV", "3"}, {"VALSOU", "41"}, {"QUASOU", "6"}},
                DemoCell::Far);
     cell.point("PILPNT", {-560, 615}, {}, DemoCell::Near);
-    for (const Point p : {Point{-3'050, -1'350}, Point{5'400, -5'200}, Point{-8'100, -7'500}})
+    for (const Point p : {Point{-2'950, -2'350}, Point{5'400, -5'200}, Point{-8'100, -7'500}})
         cell.point("WEDKLP", p, {{"CATWED", "1"}}, DemoCell::Middle);
 }
 
 void addSeabed(DemoCell& cell)
 {
+    const auto works = demoWorks(cell.chart().usageBand);
     const double step = cell.chart().soundingSpacing * 6.5;
     const Rect& area = cell.chart().area;
     for (int row = static_cast<int>(std::floor(area.bottom / step)); row * step < area.top; ++row)
@@ -104,7 +106,9 @@ void addSeabed(DemoCell& cell)
             const Point p{(column + demoRandom(column, row, 600)) * step,
                           (row + demoRandom(column, row, 601)) * step};
             const double depth = cell.ground().depth(p);
-            if (depth < 0.5)
+            if (depth < 0.5 || std::any_of(works.begin(), works.end(), [&](const auto& work) {
+                    return isInsideRing(work.ring, p);
+                }))
                 continue;
             struct Ground {
                 const char* surface;

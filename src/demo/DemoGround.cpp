@@ -8,6 +8,7 @@
 namespace kelvox {
 
 namespace {
+constexpr double highest = 30; ///< metres; the land's own forms are not modelled
 constexpr Position origin{.longitude = -27.4, .latitude = 47.6};
 // Units of 1e-7 degrees in a metre: 60 nautical miles of 1852 m make a degree of latitude, and
 // cos 47.6 degrees = 0.674302 a degree of longitude shorter.
@@ -212,15 +213,17 @@ double DemoGround::elevation(Point p) const
         + Point{noise(p.x / 900, p.y / 900, 93), noise(p.x / 900, p.y / 900, 94)}
             * (90 + 220 * calm);
     double inland = shore(bent);
-    if (inland > 16'000)
-        return 30; // nothing reaches the sea from here
     const double wide = smooth(8'000, 30'000, distance(p, {0, 0}));
-    inland += calm
-        * (3'300 * fractal(p, 8'300, 700, 0.6, 1)
-           + 10'500 * wide * fractal(p, 47'000, 9'000, 0.62, 21));
+    if (inland > 3'600 + 9'000 * wide)
+        return highest; // no inlet reaches here
+    inland += calm * 3'300 * fractal(p, 8'300, 700, 0.6, 1);
+    if (wide > 0)
+        inland += calm * 10'500 * wide * fractal(p, 47'000, 9'000, 0.62, 21);
+    if (inland > 1'200)
+        return highest;
     inland += (0.5 + 0.5 * calm) * 430 * fractal(p, 1'500, 0, 0.58, 31);
     if (inland >= 0)
-        return std::min(highWater + inland * 0.035, 30.0);
+        return std::min(highWater + inland * 0.035, highest);
     // Flats here, steep-to there.
     const double offshore =
         -inland + std::min(-inland, 700.0) * 1.5 * noise(p.x / 2'300, p.y / 2'300, 61);

@@ -81,21 +81,21 @@ void addMarina(DemoCell& cell)
         const Point root{1'170.0 + 85 * i, -104.5 + 11.7 * i};
         cell.line("PONTON", {root, root + Point{22, -160}}, {{"NATCON", "6"}}, DemoCell::Near);
     }
-    cell.point("HRBFAC", {1'560, 10}, {{"CATHAF", "5"}, {"OBJNAM", "Kelmouth Marina"}},
+    cell.point("HRBFAC", {1'960, 130}, {{"CATHAF", "5"}, {"OBJNAM", "Kelmouth Marina"}},
                DemoCell::Middle);
-    cell.point("SMCFAC", {1'620, 30}, {{"CATSCF", "1,12,13,14,16"}}, DemoCell::Near);
-    cell.point("SMCFAC", {1'760, -60}, {{"CATSCF", "2,7"}}, DemoCell::Near);
+    cell.point("SMCFAC", {2'010, 170}, {{"CATSCF", "1,12,13,14,16"}}, DemoCell::Near);
+    cell.point("SMCFAC", {2'060, 80}, {{"CATSCF", "2,7"}}, DemoCell::Near);
     cell.line("SLCONS", {{1'820, -30}, {1'740, -90}}, {{"CATSLC", "13"}}, DemoCell::Near);
 }
 
 void addPort(DemoCell& cell)
 {
     for (int i = 0; i < 6; ++i) {
-        const Point berth{598.0 + 27 * i, 990.0 - 128 * i};
+        const Point berth{558.0 + 31 * i, 990.0 - 128 * i};
         cell.point("BERTHS", berth, {{"OBJNAM", std::to_string(i + 1)}, {"DRVAL1", "9.5"}},
                    DemoCell::Near);
         if (i % 2 == 0)
-            cell.point("CRANES", berth + Point{28, -20},
+            cell.point("CRANES", berth + Point{50, -20},
                        {{"CATCRN", "2"}, {"HEIGHT", "46"}, {"CONVIS", "1"}}, DemoCell::Near);
     }
     cell.point("HRBFAC", {900, 700}, {{"CATHAF", "10"}, {"OBJNAM", "Container Terminal"}},
@@ -115,8 +115,8 @@ void addPort(DemoCell& cell)
     for (const Point p : {Point{820, 420}, Point{900, 480}, Point{830, 610}, Point{1'020, 850}})
         cell.area("BUISGL", box({p.x, p.y, p.x + 60, p.y + 110}), {{"FUNCTN", "15"}},
                   DemoCell::Near);
-    cell.point("BUISGL", {1'290, 260}, {{"FUNCTN", "2"}, {"CONVIS", "1"}}, DemoCell::Near);
-    cell.point("BUISGL", {1'330, 330}, {{"FUNCTN", "3"}}, DemoCell::Near);
+    cell.point("BUISGL", {1'290, 340}, {{"FUNCTN", "2"}, {"CONVIS", "1"}}, DemoCell::Near);
+    cell.point("BUISGL", {1'330, 400}, {{"FUNCTN", "3"}}, DemoCell::Near);
     if (const auto steps = cell.line("SLCONS", {{-585, 1'330}, {-540, 1'310}},
                                      {{"CATSLC", "4"}, {"OBJNAM", "Town Steps"}}))
         cell.remember("Town Steps", *steps);

@@ -142,7 +142,7 @@ void addLandmarks(DemoCell& cell)
           {"CONVIS", "1"},
           {"HEIGHT", "52"},
           {"OBJNAM", "St Brannoc's"}}},
-        {"LNDMRK", {1'120, 640}, {{"CATLMK", "3"}, {"CONVIS", "1"}, {"HEIGHT", "78"}}},
+        {"LNDMRK", {1'350, 1'250}, {{"CATLMK", "3"}, {"CONVIS", "1"}, {"HEIGHT", "78"}}},
         {"LNDMRK",
          {6'250, 5'250},
          {{"CATLMK", "7"},

@@ -107,6 +107,17 @@ DemoLine box(const Rect& rect)
             {rect.left, rect.top}};
 }
 
+bool isInsideRing(const DemoLine& ring, Point p)
+{
+    bool inside = false;
+    for (std::size_t i = 0, j = ring.size() - 1; i < ring.size(); j = i++)
+        if ((ring[i].y > p.y) != (ring[j].y > p.y)
+            && p.x
+                < (ring[j].x - ring[i].x) * (p.y - ring[i].y) / (ring[j].y - ring[i].y) + ring[i].x)
+            inside = !inside;
+    return inside;
+}
+
 std::vector<DemoLine> clippedLine(const DemoLine& line, const Rect& box)
 {
     std::vector<DemoLine> pieces;

@@ -18,6 +18,8 @@ using DemoLine = std::vector<Point>;
 [[nodiscard]] DemoLine blob(Point center, double radius, unsigned seed);
 [[nodiscard]] DemoLine box(const Rect& rect);
 
+[[nodiscard]] bool isInsideRing(const DemoLine& ring, Point p);
+
 /// The pieces of a line inside a box. The same point results on both sides of a shared border.
 [[nodiscard]] std::vector<DemoLine> clippedLine(const DemoLine& line, const Rect& box);
 /// The part of a ring inside a box; empty when there is none.

@@ -23,7 +23,7 @@ public:
     [[nodiscard]] double cornerElevation() const;
 
     /// Contours as segments with the higher ground on the left. Levels are elevations in metres,
-    /// ascending, and at least a metre apart.
+    /// ascending, and at least half a metre apart.
     using Segment = std::function<void(S57Place from, S57Place to, int level)>;
     void contours(std::span<const double> levels, const Segment& segment) const;
 
