@@ -140,7 +140,8 @@ int render(const Options& options, PictureSize size, const std::optional<Positio
         fail(problem.message);
     if (scene.cells.empty() && scene.rasters.empty())
         return problems.empty() ? fail("no charts in what was named") : 1;
-    GribModel forecast;
+    const UnitsModel units;
+    GribModel forecast(units);
     if (!options.grib.empty())
         if (const auto loaded = forecast.loadGrib(options.grib); !loaded)
             return fail(loaded.error().message);
