@@ -1,5 +1,6 @@
 #include "navigation/EditHistory.h"
 
+#include <ranges>
 #include <utility>
 
 namespace kelvox {
@@ -94,8 +95,8 @@ bool EditHistory::undo()
         return false;
     Step step = std::move(m_done.back());
     m_done.pop_back();
-    for (auto edit = step.rbegin(); edit != step.rend(); ++edit)
-        (*edit)->undo();
+    for (const auto& edit : std::views::reverse(step))
+        edit->undo();
     writeStateOf(step);
     m_undone.push_back(std::move(step));
     return true;
