@@ -478,7 +478,7 @@ Result<std::size_t> readRecords(std::string_view bytes, const RecordVisitor& vis
 {
     if (bytes.starts_with("\xEF\xBB\xBF"))
         bytes.remove_prefix(3);
-    const auto plain = scanRecords(bytes, visitor);
+    auto plain = scanRecords(bytes, visitor);
     if (plain)
         return plain;
     visitor.restart();
