@@ -2,10 +2,14 @@
 
 #include "navigation/NavMath.h"
 #include "positioning/Damper.h"
+#include "positioning/OwnVessel.h"
+#include "support/RealData.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <fstream>
+#include <map>
 
 namespace kelvox {
 namespace {
@@ -273,6 +277,23 @@ TEST(GPSController, TrackPointsCarryTheInstrumentsLastValues)
     EXPECT_FLOAT_EQ(vessel.track[0].depthFeet, 30.5F);
     EXPECT_FLOAT_EQ(vessel.track[0].headingDegrees, 123);
     EXPECT_FLOAT_EQ(vessel.track[0].temperatureF, -1000);
+}
+
+TEST(GPSController, RealLogEndsWhereItsLastSentencesSay)
+{
+    const auto path = realData("nmea/plaka.log");
+    if (!path)
+        GTEST_SKIP() << "KELVOX_DATA is not set";
+    const SystemClock clock;
+    OwnVessel vessel(clock);
+    std::ifstream log(*path, std::ios::binary);
+    std::string line;
+    std::map<std::string_view, int> reasons;
+    while (std::getline(log, line))
+        ++reasons[vessel.gps.processRawSentence(line + '\n').reason];
+    EXPECT_EQ(reasons.size(), 2U) << "each is accepted or not known, none is dropped";
+    EXPECT_NEAR(vessel.gps.position().latitude, 59.85567, 1e-5);
+    EXPECT_NEAR(vessel.gps.position().longitude, 23.39902, 1e-5);
 }
 
 } // namespace
