@@ -224,6 +224,19 @@ void addSpecialMarks(DemoCell& cell)
         .carry("FOGSIG", {{"CATFOG", "10"}, {"SIGGRP", "(3)"}, {"SIGPER", "60"}, {"SIGGEN", "1"}});
 }
 
+void leadingLight(DemoCell& cell, Point place, const char* name, const char* daymark,
+                  const char* category, const char* height)
+{
+    auto light = lightAttributes({"7", "(1)", "4", "1", "11", height});
+    light.emplace_back("CATLIT", category);
+    light.emplace_back("ORIENT", "9.4");
+    Mark(
+        cell, "BCNSPP", place,
+        {{"OBJNAM", name}, {"BCNSHP", "4"}, {"CATSPM", "16"}, {"COLOUR", "1,3,1"}, {"COLPAT", "2"}})
+        .carry("DAYMAR", {{"TOPSHP", daymark}, {"COLOUR", "11"}})
+        .carry("LIGHTS", light);
+}
+
 void addBeacons(DemoCell& cell)
 {
     Mark(cell, "BCNLAT", {-333, -420},
@@ -245,21 +258,8 @@ void addBeacons(DemoCell& cell)
         .topmark({"1", "4"})
         .light({"2", "(2)", "6", "4", "7", "10"})
         .carry("FOGSIG", {{"CATFOG", "10"}, {"SIGGRP", "(1)"}, {"SIGPER", "30"}, {"SIGGEN", "1"}});
-    for (const auto& [name, place, height] : {std::tuple{"Kell Front", Point{369, 1'750}, "14"},
-                                              std::tuple{"Kell Rear", Point{468, 2'350}, "27"}})
-        Mark(cell, "BCNSPP", place,
-             {{"OBJNAM", name},
-              {"BCNSHP", "4"},
-              {"CATSPM", "16"},
-              {"COLOUR", "1,3,1"},
-              {"COLPAT", "2"}})
-            .carry("DAYMAR", {{"TOPSHP", name[5] == 'F' ? "24" : "25"}, {"COLOUR", "11"}})
-            .carry("LIGHTS", [&] {
-                auto attributes = lightAttributes({"7", "(1)", "4", "1", "11", height});
-                attributes.emplace_back("CATLIT", name[5] == 'F' ? "4,12" : "4,13");
-                attributes.emplace_back("ORIENT", "9.4");
-                return attributes;
-            }());
+    leadingLight(cell, {369, 1'750}, "Kell Front", "24", "4,12", "14");
+    leadingLight(cell, {468, 2'350}, "Kell Rear", "25", "4,13", "27");
     Mark(cell, "BCNCAR", {-4'500, -3'000},
          {{"OBJNAM", "Abbot"},
           {"BCNSHP", "5"},

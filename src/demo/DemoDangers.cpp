@@ -98,7 +98,7 @@ void addObstructions(DemoCell& cell)
 void addSeabed(DemoCell& cell)
 {
     const auto works = demoWorks(cell.chart().usageBand);
-    const double step = cell.chart().soundingSpacing * 6.5;
+    const double step = cell.chart().soundingSpacing * 9;
     const Rect& area = cell.chart().area;
     for (int row = static_cast<int>(std::floor(area.bottom / step)); row * step < area.top; ++row)
         for (int column = static_cast<int>(std::floor(area.left / step));

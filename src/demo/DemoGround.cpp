@@ -225,8 +225,9 @@ double DemoGround::elevation(Point p) const
     if (inland >= 0)
         return std::min(highWater + inland * 0.035, highest);
     // Flats here, steep-to there.
-    const double offshore =
+    double offshore =
         -inland + std::min(-inland, 700.0) * 1.5 * noise(p.x / 2'300, p.y / 2'300, 61);
+    offshore *= 0.4 + 0.6 * smooth(900, 6'000, distance(p, {0, 700})); // the river's silt
     const double plain = seabedDepth(offshore);
     const double relief =
         fractal(p, 5'200, 0, 0.55, 40) + 2.2 * wide * noise(p.x / 17'000, p.y / 17'000, 62);

@@ -11,7 +11,13 @@ std::vector<DemoWork> demoWorks(int usageBand)
     const DemoLine& way = demoFairway();
     const std::vector<DemoWork> all{
         {Kind::Dredged,
-         {{150, 240}, {790, 190}, {610, 1'120}, {140, 1'150}},
+         {{150, 240},
+          {790, 190},
+          {600, 1'110},
+          {340, 1'190},
+          {300, 1'560},
+          {90, 1'560},
+          {130, 1'150}},
          4,
          {{"OBJNAM", "Kelmouth Basin"},
           {"DRVAL1", "9.5"},
@@ -75,8 +81,7 @@ namespace {
 void addMarina(DemoCell& cell)
 {
     // A walkway along the shore side, with fingers from it.
-    cell.line("PONTON", {{1'130, -110}, {1'640, -40}}, {{"CONDTN", "1"}, {"NATCON", "6"}},
-              DemoCell::Near);
+    cell.line("PONTON", {{1'130, -110}, {1'640, -40}}, {{"NATCON", "6"}}, DemoCell::Near);
     for (int i = 0; i < 6; ++i) {
         const Point root{1'170.0 + 85 * i, -104.5 + 11.7 * i};
         cell.line("PONTON", {root, root + Point{22, -160}}, {{"NATCON", "6"}}, DemoCell::Near);
@@ -105,13 +110,12 @@ void addPort(DemoCell& cell)
     cell.point("HRBFAC", {1'150, 75}, {{"CATHAF", "4"}}, DemoCell::Middle);
     for (const Point p :
          {Point{250, 1'230}, Point{245, 1'290}, Point{240, 1'390}, Point{235, 1'450}})
-        cell.point("MORFAC", p, {{"CATMOR", "1"}, {"CONDTN", "1"}}, DemoCell::Near);
-    for (int i = 0; i < 4; ++i) {
-        const Point tank{760.0 + 70 * (i % 2), 1'480.0 + 80 * (i / 2)};
+        cell.point("MORFAC", p, {{"CATMOR", "1"}}, DemoCell::Near);
+    for (const Point tank :
+         {Point{760, 1'480}, Point{830, 1'480}, Point{760, 1'560}, Point{830, 1'560}})
         cell.area("SILTNK", circle(tank, 24),
                   {{"CATSIL", "2"}, {"BUISHP", "7"}, {"CONVIS", "1"}, {"HEIGHT", "21"}},
                   DemoCell::Near);
-    }
     for (const Point p : {Point{820, 420}, Point{900, 480}, Point{830, 610}, Point{1'020, 850}})
         cell.area("BUISGL", box({p.x, p.y, p.x + 60, p.y + 110}), {{"FUNCTN", "15"}},
                   DemoCell::Near);

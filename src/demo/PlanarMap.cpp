@@ -242,13 +242,16 @@ void PlanarMapBuilder::cutAtCrossings()
     const auto row = [&](double y) {
         return std::clamp(static_cast<int>((y - low.y) / tileHeight), 0, tiles - 1);
     };
+    const auto tileAt = [](int r, int c) {
+        return static_cast<std::size_t>(r) * tiles + static_cast<std::size_t>(c);
+    };
     std::vector<std::vector<std::uint32_t>> byTile(std::size_t{tiles} * tiles);
     double marginX = 0;
     double marginY = 0;
     for (std::uint32_t i = 0; i < m_firstOutline; ++i) {
         const S57Place a = m_points[m_segments[i].from];
         const S57Place b = m_points[m_segments[i].to];
-        byTile[static_cast<std::size_t>(row(a.y) * tiles + column(a.x))].push_back(i);
+        byTile[tileAt(row(a.y), column(a.x))].push_back(i);
         marginX = std::max(marginX, std::abs(double{1} * b.x - a.x));
         marginY = std::max(marginY, std::abs(double{1} * b.y - a.y));
     }
@@ -260,7 +263,7 @@ void PlanarMapBuilder::cutAtCrossings()
         const int lastColumn = column(std::max(a.x, b.x) + marginX);
         for (int r = row(std::min(a.y, b.y) - marginY); r <= lastRow; ++r)
             for (int c = column(std::min(a.x, b.x) - marginX); c <= lastColumn; ++c)
-                for (const std::uint32_t other : byTile[static_cast<std::size_t>(r * tiles + c)])
+                for (const std::uint32_t other : byTile[tileAt(r, c)])
                     noteCrossing(i, other);
         for (std::uint32_t other = m_firstOutline; other < i; ++other)
             noteCrossing(i, other);
@@ -455,7 +458,7 @@ bool PlanarMapBuilder::findGround(int cornerBand)
         // The first piece of the border, east of the south-west corner.
         const S57Place a = m_points[m_segments[i].from];
         const S57Place b = m_points[m_segments[i].to];
-        const std::uint32_t face = m_face[2 * i];
+        const std::uint32_t face = m_face[std::size_t{2} * i];
         m_band[face] = cornerBand;
         maskKnown[face] = true;
         for (std::size_t k = 0; k < m_map.m_outlines.size(); ++k)
@@ -468,8 +471,8 @@ bool PlanarMapBuilder::findGround(int cornerBand)
         changed = false;
         for (std::uint32_t i = 0; i < segmentCount; ++i) {
             const int source = m_segments[i].source;
-            const std::uint32_t left = m_face[2 * i];
-            const std::uint32_t right = m_face[2 * i + 1];
+            const std::uint32_t left = m_face[std::size_t{2} * i];
+            const std::uint32_t right = m_face[std::size_t{2} * i + 1];
             if (source == PlanarMap::border)
                 continue;
             if (left == 0 || right == 0)
@@ -513,8 +516,8 @@ void PlanarMapBuilder::joinFaces(const PlanarMap::Rule& rule)
         return face;
     };
     for (std::size_t i = 0; i < m_segments.size(); ++i) {
-        const std::uint32_t left = root(m_face[2 * i]);
-        const std::uint32_t right = root(m_face[2 * i + 1]);
+        const std::uint32_t left = root(m_face[std::size_t{2} * i]);
+        const std::uint32_t right = root(m_face[std::size_t{2} * i + 1]);
         if (left != 0 && right != 0 && left != right && kind[left] == kind[right])
             parent[std::max(left, right)] = std::min(left, right);
     }

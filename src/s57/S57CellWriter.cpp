@@ -235,10 +235,10 @@ void S57CellWriter::setAttributes(S57FeatureRecordData& feature, const Attribute
     for (const auto& [acronym, value] : attributes) {
         const std::uint16_t code = attributeCode(acronym);
         if (code == 0)
-            mistake("no attribute " + acronym);
+            mistake(fmt::format("no attribute {}", acronym));
         auto latin = latin1FromUtf8(value);
         if (!latin)
-            mistake(acronym + " holds what Latin-1 cannot: " + value);
+            mistake(fmt::format("{} holds what Latin-1 cannot: {}", acronym, value));
         if (change && value.empty())
             latin = std::string(1, removedValue);
         auto& list = isNational(code) ? feature.nationalAttributes : feature.attributes;
@@ -254,7 +254,7 @@ S57CellWriter::FeatureID S57CellWriter::addFeature(std::string_view acronym, int
     feature.recordID = ++m_lastFeature;
     feature.objectCode = classCode(acronym);
     if (feature.objectCode == 0)
-        mistake("no class " + std::string(acronym));
+        mistake(fmt::format("no class {}", acronym));
     feature.primitive = static_cast<std::uint8_t>(primitive);
     feature.spatials = std::move(spatials);
     setAttributes(feature, attributes, false);

@@ -216,7 +216,7 @@ TEST_F(DemoChartsTest, CatalogueListsEveryFile)
 TEST_F(DemoChartsTest, AreTheSameBytesEverywhere)
 {
     // Changes whenever the charts do, and must not with the compiler, its options or the machine.
-    constexpr std::uint64_t recorded = 0;
+    constexpr std::uint64_t recorded = 0xF3B5DE63765D3F90;
     std::uint64_t digest = 0xCBF29CE484222325U;
     std::set<std::filesystem::path> files;
     for (const auto& entry : std::filesystem::directory_iterator(s_folder->path()))
