@@ -82,11 +82,15 @@ int main(int argc, char** argv)
         program.path = *real;
     else if (DemoCharts::write(folder.path(), DemoCharts::largest))
         program.path = folder.path() / (std::string(DemoCharts::updatedChart) + ".000");
-    for (const auto& [name, step] :
-         {std::pair{"Load", loadModel}, {"LoadAndLayOut", loadAndLayOut},
-          {"OpenToFirstPicture", openToFirstPicture}, {"PaintAgain", paintAgain}})
-        benchmark::RegisterBenchmark(name, [&program, step = step](benchmark::State& state) {
-            step(state, program);
-        })->Unit(benchmark::kMillisecond)->UseRealTime();
+    using Step = void (*)(benchmark::State&, Program&);
+    constexpr std::pair<const char*, Step> steps[] = {{"Load", loadModel},
+                                                      {"LoadAndLayOut", loadAndLayOut},
+                                                      {"OpenToFirstPicture", openToFirstPicture},
+                                                      {"PaintAgain", paintAgain}};
+    for (const auto& [name, step] : steps)
+        benchmark::RegisterBenchmark(
+            name, [&program, run = step](benchmark::State& state) { run(state, program); })
+            ->Unit(benchmark::kMillisecond)
+            ->UseRealTime();
     benchmark::RunSpecifiedBenchmarks();
 }
