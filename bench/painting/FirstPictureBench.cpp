@@ -91,6 +91,7 @@ int main(int argc, char** argv)
         benchmark::RegisterBenchmark(
             name, [&program, run = step](benchmark::State& state) { run(state, program); })
             ->Unit(benchmark::kMillisecond)
+            ->MeasureProcessCPUTime() // of all threads
             ->UseRealTime();
     benchmark::RunSpecifiedBenchmarks();
 }
