@@ -83,14 +83,15 @@ int main(int argc, char** argv)
     else if (DemoCharts::write(folder.path(), DemoCharts::largest))
         program.path = folder.path() / (std::string(DemoCharts::updatedChart) + ".000");
     using Step = void (*)(benchmark::State&, Program&);
-    for (const auto& [name, step] : std::initializer_list<std::pair<const char*, Step>>{
-             {"Load", loadModel},
-             {"LoadAndLayOut", loadAndLayOut},
-             {"OpenToFirstPicture", openToFirstPicture},
-             {"PaintAgain", paintAgain}})
+    constexpr std::pair<const char*, Step> steps[] = {{"Load", loadModel},
+                                                      {"LoadAndLayOut", loadAndLayOut},
+                                                      {"OpenToFirstPicture", openToFirstPicture},
+                                                      {"PaintAgain", paintAgain}};
+    for (const auto& [name, step] : steps)
         benchmark::RegisterBenchmark(
-            name, [&program, step = step](benchmark::State& state) { step(state, program); })
+            name, [&program, run = step](benchmark::State& state) { run(state, program); })
             ->Unit(benchmark::kMillisecond)
+            ->MeasureProcessCPUTime() // of all threads
             ->UseRealTime();
     benchmark::RunSpecifiedBenchmarks();
 }

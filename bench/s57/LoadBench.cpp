@@ -103,11 +103,13 @@ int main(int argc, char** argv)
     benchmark::Initialize(&argc, argv);
     const TemporaryFolder folder;
     std::vector<std::string> paths;
-    for (const char* name : {"enc/US2AK5FM/US2AK5FM.000", "enc/US5BOSCC/ENC_ROOT/US5BOSCC/US5BOSCC.000"})
+    for (const char* name :
+         {"enc/US2AK5FM/US2AK5FM.000", "enc/US5BOSCC/ENC_ROOT/US5BOSCC/US5BOSCC.000"})
         if (const auto path = realData(name))
             paths.push_back(path->string());
     if (paths.empty() && DemoCharts::write(folder.path(), DemoCharts::largest))
-        paths.push_back((folder.path() / (std::string(DemoCharts::updatedChart) + ".000")).string());
+        paths.push_back(
+            (folder.path() / (std::string(DemoCharts::updatedChart) + ".000")).string());
 #ifdef KELVOX_WITH_GDAL
     GDALAllRegister();
 #endif

@@ -100,6 +100,7 @@ void ISOModule::close()
     m_open = false;
     m_record = {};
     m_definitions.clear();
+    m_lastIndexes.clear();
     m_error.reset();
     m_bytes = {};
     m_offset = 0;
@@ -145,6 +146,17 @@ Result<void> ISOModule::readDefinitions()
     m_offset = m_firstRecord = length;
     m_open = true;
     return {};
+}
+
+int ISOModule::definitionIndex(std::string_view tag, std::size_t place)
+{
+    // Records of a kind follow each other: most have the fields of the one before.
+    if (place >= m_lastIndexes.size())
+        m_lastIndexes.resize(place + 1, -1);
+    int& last = m_lastIndexes[place];
+    if (last < 0 || m_definitions[static_cast<std::size_t>(last)].tag() != tag)
+        last = definitionIndex(tag);
+    return last;
 }
 
 int ISOModule::definitionIndex(std::string_view tag) const
@@ -287,7 +299,7 @@ bool ISOModule::splitFields()
     for (std::size_t at = 0; at < directory.size() && directory[at] != isoFieldTerminator;
          at += entrySize) {
         const auto entry = directory.substr(at, entrySize);
-        const int index = definitionIndex(entry.substr(0, tagSize));
+        const int index = definitionIndex(entry.substr(0, tagSize), m_record.m_fields.size());
         if (entry.size() < entrySize || index < 0
             || m_record.m_fields.size() >= ISORawRecord::maximumFields) {
             stop(Error::Code::BadSyntax,

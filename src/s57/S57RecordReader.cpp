@@ -207,7 +207,13 @@ void S57RecordReader::readField(const ISORawField& field)
 void S57RecordReader::readRow(const ISOFieldDefinition& definition, const FieldPlan& plan,
                               std::span<const char>& left)
 {
-    m_row = {};
+    // Each row sets all values of its field; only those of the field before it must go.
+    if (m_rowPlan != &plan) {
+        if (m_rowPlan)
+            for (const SubfieldCode code : m_rowPlan->subfields)
+                m_row[static_cast<std::size_t>(code)] = {};
+        m_rowPlan = &plan;
+    }
     const auto& subfields = definition.subfields();
     for (std::size_t i = 0; i < subfields.size(); ++i) {
         const ISOSubfieldDefinition& subfield = subfields[i];

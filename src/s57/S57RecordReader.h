@@ -56,6 +56,7 @@ private:
     S57ChartItems& m_cell;
     std::vector<FieldPlan> m_plans; ///< beside the module's definitions
     std::array<Value, subfieldCodes> m_row;
+    const FieldPlan* m_rowPlan = nullptr; ///< whose values stand in m_row
 
     // What the current record fills: a new object of ours or, for a modification, a stored one.
     std::unique_ptr<S57Feature> m_newFeature;

@@ -12,13 +12,12 @@ TEST(ChartSettingsController, ClassifiesScales)
         long long scale;
         int type;
         const char* name;
-    } const rows[] = {{0, 6, "NSBerthing"},          {5'000, 6, "NSBerthing"},
-                      {5'001, 5, "NSHarbor"},        {50'000, 5, "NSHarbor"},
-                      {50'001, 4, "NSApproach"},     {150'000, 4, "NSApproach"},
-                      {150'001, 3, "NSCoastal"},     {500'000, 3, "NSCoastal"},
-                      {500'001, 2, "NSGeneral"},     {1'500'000, 2, "NSGeneral"},
-                      {1'500'001, 1, "NSOverview"},  {20'000'000, 1, "NSOverview"},
-                      {20'000'001, 6, "NSOverview"}, {-1, 6, "NSOverview"}};
+    } const rows[] = {
+        {0, 6, "NSBerthing"},          {5'000, 6, "NSBerthing"},     {5'001, 5, "NSHarbor"},
+        {50'000, 5, "NSHarbor"},       {50'001, 4, "NSApproach"},    {150'000, 4, "NSApproach"},
+        {150'001, 3, "NSCoastal"},     {500'000, 3, "NSCoastal"},    {500'001, 2, "NSGeneral"},
+        {1'500'000, 2, "NSGeneral"},   {1'500'001, 1, "NSOverview"}, {20'000'000, 1, "NSOverview"},
+        {20'000'001, 6, "NSOverview"}, {-1, 6, "NSOverview"}};
     for (const auto& row : rows) {
         EXPECT_EQ(ChartSettingsController::cellType(row.scale), row.type) << row.scale;
         EXPECT_EQ(ChartSettingsController::cellTypeNameKey(row.scale), row.name) << row.scale;
@@ -48,7 +47,9 @@ TEST(ChartSettingsController, TellsTheViewBeforeAndAfter)
 {
     ChartSettingsController settings;
     std::string told;
-    settings.chartViewWillZoomToScale = [&](int scale) { told += " will " + std::to_string(scale); };
+    settings.chartViewWillZoomToScale = [&](int scale) {
+        told += " will " + std::to_string(scale);
+    };
     settings.chartViewDidZoomToScale = [&](int scale) { told += " did " + std::to_string(scale); };
     settings.zoomIn(); // nothing selected yet
     EXPECT_TRUE(told.empty());

@@ -21,7 +21,10 @@ public:
     }
     Position pointToPosition(Point p) const override { return {10 + p.x / 10, p.y / 20}; }
     float angle() const override { return printed; }
-    void setRotate(float degrees) override { calls += "rotate " + std::to_string(int(degrees)) + ' '; }
+    void setRotate(float degrees) override
+    {
+        calls += "rotate " + std::to_string(int(degrees)) + ' ';
+    }
     void resetAngleTransform() override { calls += "reset "; }
     Point rotatedPoint(Point p) const override
     {
@@ -97,8 +100,7 @@ TEST(S57Controller, QuarterTurnSendsEastOfThePivotToNorthOfIt)
     view.setRotatePosition(10.75, 59.9);
     EXPECT_EQ(view.rotatePoint(), pivot);
     // The transform that keeps the logarithm says the same.
-    const Point same =
-        view.mercatorTransform().map({10.76, S57Controller::mercatorOrdinate(59.9)});
+    const Point same = view.mercatorTransform().map({10.76, S57Controller::mercatorOrdinate(59.9)});
     EXPECT_NEAR(same.x, turned.x, 1e-6);
     EXPECT_NEAR(same.y, turned.y, 1e-6);
     view.setRotate(0);

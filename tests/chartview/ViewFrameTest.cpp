@@ -12,8 +12,7 @@ TEST(ViewFrame, PutsThePlaceInTheMiddleAndNorthUp)
         EXPECT_NEAR(middle.x, 400, 0.01);
         EXPECT_NEAR(middle.y, 300, 0.01);
         // Both ways to pixels agree, and so do pixels and places.
-        const Point direct =
-            frame.toPixels().map({10.01, S57Controller::mercatorOrdinate(60.01)});
+        const Point direct = frame.toPixels().map({10.01, S57Controller::mercatorOrdinate(60.01)});
         const Point stepwise = frame.pixelOf(frame.view.positionToPoint({10.01, 60.01}));
         EXPECT_NEAR(direct.x, stepwise.x, 1e-3);
         EXPECT_NEAR(direct.y, stepwise.y, 1e-3);

@@ -76,14 +76,22 @@ TEST(ISOSubfieldDefinition, TakesTypeAndWidthFromTheFormat)
         std::size_t width;
         int binary;
     } const rows[] = {
-        {"A", String, true, 0, 0},          {"A(0)", String, true, 0, 0},
-        {"C(7)", String, false, 7, 0},      {"I(10)", Int, false, 10, 0},
-        {"S", Int, true, 0, 0},             {"R(4)", Float, false, 4, 0},
-        {"b11", Int, false, 1, 1},          {"b24", Int, false, 4, 2},
-        {"B12", Int, false, 2, 1},          {"b48", Float, false, 8, 4},
-        {"b34", Float, false, 4, 3},        {"B(32)", Int, false, 4, 2},
-        {"B(39)", Int, false, 4, 2},        {"B(40)", BinaryString, false, 5, 2},
-        {"b(64)", BinaryString, false, 8, 2}, {"b04", Float, false, 4, 0},
+        {"A", String, true, 0, 0},
+        {"A(0)", String, true, 0, 0},
+        {"C(7)", String, false, 7, 0},
+        {"I(10)", Int, false, 10, 0},
+        {"S", Int, true, 0, 0},
+        {"R(4)", Float, false, 4, 0},
+        {"b11", Int, false, 1, 1},
+        {"b24", Int, false, 4, 2},
+        {"B12", Int, false, 2, 1},
+        {"b48", Float, false, 8, 4},
+        {"b34", Float, false, 4, 3},
+        {"B(32)", Int, false, 4, 2},
+        {"B(39)", Int, false, 4, 2},
+        {"B(40)", BinaryString, false, 5, 2},
+        {"b(64)", BinaryString, false, 8, 2},
+        {"b04", Float, false, 4, 0},
     };
     for (const auto& row : rows) {
         const auto definition = subfield(row.format);

@@ -9,10 +9,9 @@
 namespace kelvox {
 
 namespace {
-const std::string head =
-    raw::definitions({{"0001", raw::description("05", "", "(b12)")},
-                      {"ABCD", raw::description("16", "NUMB!TEXT", "(b12,A)")},
-                      {"Long", raw::description("25", "*NUMB", "(b11)")}});
+const std::string head = raw::definitions({{"0001", raw::description("05", "", "(b12)")},
+                                           {"ABCD", raw::description("16", "NUMB!TEXT", "(b12,A)")},
+                                           {"Long", raw::description("25", "*NUMB", "(b11)")}});
 const std::string one = raw::record({{"0001", "\1"}, {"ABCD", "\x34\x12hello\x1f\x1e"}});
 
 /// Each record as "TAG:bytes" with the terminators as '|' and '.'.
@@ -54,11 +53,16 @@ TEST(ISOModule, RefusesWhatIsNotIso8211)
         const char* why;
         std::size_t at;
         const char* bytes;
-    } const faults[] = {{"version", 8, "2"},          {"identifier", 6, "D"},
-                        {"level", 5, "4"},            {"unprintable", 18, "\x7f"},
-                        {"record length", 0, "00011"}, {"field control length", 10, "00"},
-                        {"area start", 12, "00023"},  {"length size", 20, "0"},
-                        {"position size", 21, "0"},   {"tag size", 23, "0"},
+    } const faults[] = {{"version", 8, "2"},
+                        {"identifier", 6, "D"},
+                        {"level", 5, "4"},
+                        {"unprintable", 18, "\x7f"},
+                        {"record length", 0, "00011"},
+                        {"field control length", 10, "00"},
+                        {"area start", 12, "00023"},
+                        {"length size", 20, "0"},
+                        {"position size", 21, "0"},
+                        {"tag size", 23, "0"},
                         {"longer than the file", 0, "00025"}};
     for (const auto& fault : faults) {
         std::string bytes = good;
@@ -90,7 +94,8 @@ TEST(ISOModule, ReadsRecordsWithoutALength)
 {
     std::string unmeasured = one;
     unmeasured.replace(0, 5, "00000");
-    EXPECT_EQ(recordsOf(head + unmeasured + unmeasured + one), (Records{oneText, oneText, oneText}));
+    EXPECT_EQ(recordsOf(head + unmeasured + unmeasured + one),
+              (Records{oneText, oneText, oneText}));
     bool stopped = false;
     EXPECT_EQ(recordsOf(head + unmeasured.substr(0, 40), &stopped), Records{});
     EXPECT_TRUE(stopped);
@@ -146,8 +151,8 @@ TEST(ISOModule, RefusesFieldsThatLieOverEachOther)
     for (int i = 0; i < 20; ++i)
         entries += "Long00500000";
     entries += '\x1e';
-    const std::string record = fmt::format("{:05} D     {:05}   4404", 24 + entries.size() + 50,
-                                           24 + entries.size())
+    const std::string record =
+        fmt::format("{:05} D     {:05}   4404", 24 + entries.size() + 50, 24 + entries.size())
         + entries + std::string(49, 'x') + '\x1e';
     bool stopped = false;
     EXPECT_EQ(recordsOf(head + record, &stopped), Records{});

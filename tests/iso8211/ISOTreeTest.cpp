@@ -20,10 +20,11 @@ Result<ISOFile> read(const std::string& bytes)
 
 TEST(ISOTree, HoldsEveryKindOfValue)
 {
-    const std::string head = raw::definitions(
-        {{"0001", raw::description("05", "", "(b12)")},
-         {"ALLS", raw::description("26", "*UNSI!SIGN!REAL!TEXT!NAME!LNAM!BLOB",
-                                   "(b14,b21,b48,A,B(40),2B(64))")}});
+    const std::string head =
+        raw::definitions({{"0001", raw::description("05", "", "(b12)")},
+                          {"ALLS",
+                           raw::description("26", "*UNSI!SIGN!REAL!TEXT!NAME!LNAM!BLOB",
+                                            "(b14,b21,b48,A,B(40),2B(64))")}});
     const std::string row = raw::littleEndian(4'000'000'000, 4) + "\xFE"
         + raw::littleEndian(0x3FF8000000000000, 8) + "text\x1f" + "\x6e" + raw::littleEndian(1, 4)
         + raw::littleEndian(550, 2) + raw::littleEndian(123456, 4) + raw::littleEndian(7, 2)
@@ -68,7 +69,8 @@ TEST(ISOTree, DoesNotGrowFarBeyondItsFile)
     for (int i = 1; i < 256; ++i)
         labels += "!A";
     const std::string head = raw::definitions({{"MANY", raw::description("16", labels, "(256A)")}});
-    const auto file = read(head + raw::record({{"MANY", "\x1e"}}, 'R') + std::string(50'000, '\x1e'));
+    const auto file =
+        read(head + raw::record({{"MANY", "\x1e"}}, 'R') + std::string(50'000, '\x1e'));
     ASSERT_TRUE(file);
     EXPECT_LT(file->records().size(), 1'000U);
 }

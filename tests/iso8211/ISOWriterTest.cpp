@@ -30,7 +30,9 @@ TEST(ISOWriter, WritesLeadersAndDirectoriesToTheLetter)
     EXPECT_TRUE(record.setFloat("TEST", 0, "REAL", 0, 0.1));
     ASSERT_TRUE(writer.write(record));
     EXPECT_EQ(writer.bytes(),
-              head + "00048 D     00039   5504TEST0000900000\x1e-12\x1f" "0.1\x1f\x1e");
+              head
+                  + "00048 D     00039   5504TEST0000900000\x1e-12\x1f"
+                    "0.1\x1f\x1e");
 }
 
 TEST(ISOWriter, EncodesBinaryAndRefusesWhatDoesNotFit)
@@ -45,8 +47,8 @@ TEST(ISOWriter, EncodesBinaryAndRefusesWhatDoesNotFit)
     EXPECT_FALSE(record.setString("TEST", 0, "NONE", 0, ""));
     EXPECT_FALSE(record.setString("TEST", 1, "TEXT", 0, ""));
     ASSERT_TRUE(writer.write(record));
-    const std::string expected = std::string(6, '\0') + "   \x1f" + "\x34\x12\xff\xff\xff\xfe"
-        + "ab \x1f\x1e";
+    const std::string expected =
+        std::string(6, '\0') + "   \x1f" + "\x34\x12\xff\xff\xff\xfe" + "ab \x1f\x1e";
     EXPECT_TRUE(writer.bytes().ends_with(expected));
 
     ISOWriteRecord huge;

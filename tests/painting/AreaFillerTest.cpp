@@ -90,7 +90,9 @@ TEST(AreaFiller, AbuttingAreasShareNoPixelAndLeaveNone)
         std::vector<int> covered(width * height);
         for (int r = 0; r < rows; ++r)
             for (int c = 0; c < columns; ++c) {
-                const auto at = [&](int dr, int dc) { return nodes[(r + dr) * (columns + 1) + c + dc]; };
+                const auto at = [&](int dr, int dc) {
+                    return nodes[(r + dr) * (columns + 1) + c + dc];
+                };
                 Picture picture;
                 picture.fill((r + c) % 2 ? ring({at(0, 0), at(0, 1), at(1, 1), at(1, 0)})
                                          : ring({at(1, 1), at(0, 1), at(0, 0), at(1, 0)}),

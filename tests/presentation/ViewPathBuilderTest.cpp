@@ -108,7 +108,7 @@ TEST(ViewPathBuilder, NeighboursShareTheirSimplifiedEdge)
             path.lineTo(path.points().front());
             return path;
         }();
-        EXPECT_LT(left.pointCount(), scale == 20'000 ? 2'000U : 1'000U);
+        EXPECT_LT(left.pointCount(), scale == 20'000 ? 2'000U : 1'200U);
         for (int y = 0; y < 200; ++y)
             for (int x = 0; x < 200; ++x) {
                 const Point p{x + 0.5, y + 0.5};

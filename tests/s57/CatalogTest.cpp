@@ -41,18 +41,27 @@ TEST(ISO8211Wrap, ReadsCatalogues)
     struct {
         std::string file, format;
         bool exists;
-    } const rows[] = {{"A\\B\\KV5TEST1.000", "BIN", true}, {"KV5TEST2.001", "BIN", true},
-                      {"KV5TEST3.000", "BIN", false},     {"KV5TEST4.000", "ASC", true},
+    } const rows[] = {{"A\\B\\KV5TEST1.000", "BIN", true},
+                      {"KV5TEST2.001", "BIN", true},
+                      {"KV5TEST3.000", "BIN", false},
+                      {"KV5TEST4.000", "ASC", true},
                       {"README.TXT", "BIN", true}};
     std::string bytes = raw::definitions(
         {{"0001", raw::description("05", "", "(b12)")},
-         {"CATD", raw::description("16", "RCNM!RCID!FILE!LFIL!VOLM!IMPL!SLAT!WLON!NLAT!ELON!CRCS!COMT",
-                                   "(A(2),I(10),3A,A(3),4R,2A)")}});
+         {"CATD",
+          raw::description("16", "RCNM!RCID!FILE!LFIL!VOLM!IMPL!SLAT!WLON!NLAT!ELON!CRCS!COMT",
+                           "(A(2),I(10),3A,A(3),4R,2A)")}});
     for (const auto& row : rows) {
-        bytes += raw::record(
-            {{"0001", "\1\1\x1e"},
-             {"CATD", "CD0000000001" + row.file + "\x1flong name\x1fV01X01\x1f" + row.format
-                  + "59.4\x1f" "10.25\x1f" "59.5\x1f" "-10.5\x1f" "00000000\x1f" "remark\x1f\x1e"}});
+        bytes +=
+            raw::record({{"0001", "\1\1\x1e"},
+                         {"CATD",
+                          "CD0000000001" + row.file + "\x1flong name\x1fV01X01\x1f" + row.format
+                              + "59.4\x1f"
+                                "10.25\x1f"
+                                "59.5\x1f"
+                                "-10.5\x1f"
+                                "00000000\x1f"
+                                "remark\x1f\x1e"}});
         std::string slashed = row.file;
         std::replace(slashed.begin(), slashed.end(), '\\', '/');
         if (row.exists)

@@ -87,12 +87,14 @@ TEST(CellGeometry, TellsFromWhichDetailOnAVertexMatters)
         Path simplified;
         for (std::size_t i = 0; i < vertices.size(); ++i)
             if (geometry.details(edge)[i] >= code)
-                simplified.lineTo({vertices[i].longitude * 3.14159265358979 / 180, vertices[i].ordinate});
+                simplified.lineTo(
+                    {vertices[i].longitude * 3.14159265358979 / 180, vertices[i].ordinate});
         EXPECT_LE(simplified.pointCount(), fewest);
         fewest = simplified.pointCount();
         double worst = 0;
         for (const auto v : vertices)
-            worst = std::max(worst, simplified.distanceTo({v.longitude * 3.14159265358979 / 180, v.ordinate}));
+            worst = std::max(
+                worst, simplified.distanceTo({v.longitude * 3.14159265358979 / 180, v.ordinate}));
         EXPECT_LE(worst, tolerance * 1.01);
     }
     EXPECT_LT(fewest, 8U);

@@ -30,7 +30,8 @@ struct Cell {
     void node(std::uint32_t id, S57Coordinate place) { vector(120, id, {place}); }
     void edge(std::uint32_t id, std::uint32_t from, std::uint32_t to, const Places& between = {})
     {
-        vector(130, id, between, {{.recordID = from, .recordName = 120}, {.recordID = to, .recordName = 120}});
+        vector(130, id, between,
+               {{.recordID = from, .recordName = 120}, {.recordID = to, .recordName = 120}});
     }
     /// Edges by number, negative ones backwards.
     S57Feature& feature(int primitive, const std::vector<int>& edges)
@@ -85,7 +86,8 @@ Cell squares()
     cell.vector(120, 7, {{1, 1}, {2, 2}}); // a node of two places is none
     cell.edge(7, 7, 2, {{40, 40}});
     cell.vector(110, 8, {{1, 1}}); // nor is an isolated one
-    cell.vector(130, 8, {}, {{.recordID = 8, .recordName = 110}, {.recordID = 2, .recordName = 120}});
+    cell.vector(130, 8, {},
+                {{.recordID = 8, .recordName = 110}, {.recordID = 2, .recordName = 120}});
     return cell;
 }
 } // namespace

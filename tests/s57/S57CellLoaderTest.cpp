@@ -95,7 +95,8 @@ TEST(S57CellLoader, FollowsTheChainOfUpdates)
     EXPECT_EQ(applied(), std::make_pair(0, std::size_t{1}));
     // So does one that is broken off; what stands before the break is applied.
     const auto bytes = *first.bytes();
-    std::ofstream(folder.path() / "KV5TEST1.001", std::ios::binary) << bytes.substr(0, bytes.size() - 9);
+    std::ofstream(folder.path() / "KV5TEST1.001", std::ios::binary)
+        << bytes.substr(0, bytes.size() - 9);
     EXPECT_EQ(applied(), std::make_pair(1, std::size_t{1}));
     std::ofstream(folder.path() / "KV5TEST1.001") << "no cell";
     EXPECT_EQ(applied(), std::make_pair(0, std::size_t{1}));

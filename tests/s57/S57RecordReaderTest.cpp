@@ -16,7 +16,8 @@ const std::string head = raw::definitions({
     {"DSID", raw::description("16", "EDTN!UPDN!ISDT!PROF!PRSP", "(2A,A(8),2b11)")},
     {"DSPM", raw::description("16", "HDAT!VDAT!SDAT!CSCL!COUN!COMF!SOMF", "(3b11,b14,b11,2b14)")},
     {"DSSI", raw::description("16", "DSTR", "(b11)")},
-    {"FRID", raw::description("16", "RCNM!RCID!PRIM!GRUP!OBJL!RVER!RUIN", "(b11,b14,2b11,2b12,b11)")},
+    {"FRID",
+     raw::description("16", "RCNM!RCID!PRIM!GRUP!OBJL!RVER!RUIN", "(b11,b14,2b11,2b12,b11)")},
     {"FOID", raw::description("16", "AGEN!FIDN!FIDS", "(b12,b14,b12)")},
     {"ATTF", raw::description("26", "*ATTL!ATVL", "(b12,A)")},
     {"NATF", raw::description("26", "*ATTL!ATVL", "(b12,A)")},
@@ -67,8 +68,8 @@ std::string coordinates(std::initializer_list<long long> numbers)
 
 void load(S57ChartItems& cell, const std::string& records)
 {
-    const auto note =
-        ISO8211Wrap::load(std::make_shared<S57CatalogRecord>(), std::span<const char>(head + records), cell);
+    const auto note = ISO8211Wrap::load(std::make_shared<S57CatalogRecord>(),
+                                        std::span<const char>(head + records), cell);
     ASSERT_TRUE(note);
     EXPECT_FALSE(note->stoppedBy);
 }
@@ -84,7 +85,10 @@ TEST(S57RecordReader, TakesTheDatasetParameters)
     S57ChartItems cell;
     load(cell,
          raw::record({{"0001", number(1)},
-                      {"DSID", "2\x1f" "5\x1f" "20260131\1\2\x1e"},
+                      {"DSID",
+                       "2\x1f"
+                       "5\x1f"
+                       "20260131\1\2\x1e"},
                       {"DSSI", "\2\x1e"}})
              + parameters(10'000'000));
     const auto& p = cell.parameters();
@@ -142,7 +146,13 @@ TEST(S57RecordReader, TakesCoordinatesOfAnyFormat)
     const auto records = raw::record({{"DSPM", littleEndian(10, 4) + littleEndian(2, 4) + '\x1e'}})
         + raw::record({{"0001", number(1)},
                        {"VRID", "\x6e" + littleEndian(1, 4) + "\1\x1e"},
-                       {"SG3D", "-015x\x1f" "25\x1f" "7\x1f" "0500\x1f" "5\x1f" "-1\x1f\x1e"}})
+                       {"SG3D",
+                        "-015x\x1f"
+                        "25\x1f"
+                        "7\x1f"
+                        "0500\x1f"
+                        "5\x1f"
+                        "-1\x1f\x1e"}})
         + raw::record({{"0001", number(2)},
                        {"VRID", "\x6e" + littleEndian(2, 4) + "\1\x1e"},
                        {"SG2D", coordinates({1, 2})}});
@@ -161,13 +171,14 @@ TEST(S57RecordReader, FillsFeatures)
 {
     S57ChartItems cell;
     load(cell,
-         raw::record({{"0001", number(1)},
-                      {"FRID", frid(7, 86)},
-                      {"FOID", foid(99)},
-                      {"ODDS", "what\x1f\x1e"},
-                      {"ATTF", littleEndian(116, 2) + "Caf\xE9\x1f" + littleEndian(179, 2) + "\x1f\x1e"},
-                      {"NATF", littleEndian(301, 2) + "left out\x1f\x1e"},
-                      {"FSPT", "\x6e"s + littleEndian(3, 4) + "\xff\xff\xff\x1e"}})
+         raw::record(
+             {{"0001", number(1)},
+              {"FRID", frid(7, 86)},
+              {"FOID", foid(99)},
+              {"ODDS", "what\x1f\x1e"},
+              {"ATTF", littleEndian(116, 2) + "Caf\xE9\x1f" + littleEndian(179, 2) + "\x1f\x1e"},
+              {"NATF", littleEndian(301, 2) + "left out\x1f\x1e"},
+              {"FSPT", "\x6e"s + littleEndian(3, 4) + "\xff\xff\xff\x1e"}})
              + raw::record({{"0001", number(2)}, {"FRID", frid(8, 24)}}) // a class not shown
              + raw::record({{"0001", number(3)}})
              + raw::record({{"0001", number(4)}, {"FRID", frid(9, 12345)}, {"FOID", foid(1)}}));
@@ -199,17 +210,21 @@ TEST(S57RecordReader, AppliesUpdatesInPlace)
         + raw::record({{"0001", number(3)},
                        {"FRID", frid(7, 86)},
                        {"FOID", foid(7)},
-                       {"ATTF", littleEndian(116, 2) + "Old\x1f" + littleEndian(179, 2) + "5\x1f\x1e"}})
+                       {"ATTF",
+                        littleEndian(116, 2) + "Old\x1f" + littleEndian(179, 2) + "5\x1f\x1e"}})
         + raw::record({{"0001", number(4)}, {"FRID", frid(8, 86)}, {"FOID", foid(8)}});
     load(cell, base);
     load(cell,
          raw::record({{"0001", number(1)}, {"VRID", vrid(110, 1, 2)}}) // delete
-             + raw::record({{"0001", number(2)}, {"VRID", vrid(110, 2, 3)}, {"SG2D", coordinates({5, 6})}})
-             + raw::record({{"0001", number(3)}, {"VRID", vrid(110, 9, 3)}, {"SG2D", coordinates({5, 6})}})
+             + raw::record(
+                 {{"0001", number(2)}, {"VRID", vrid(110, 2, 3)}, {"SG2D", coordinates({5, 6})}})
+             + raw::record(
+                 {{"0001", number(3)}, {"VRID", vrid(110, 9, 3)}, {"SG2D", coordinates({5, 6})}})
              + raw::record({{"0001", number(4)},
                             {"FRID", frid(7, 86, 3)},
                             {"FOID", foid(7)},
-                            {"ATTF", littleEndian(116, 2) + "New\x1f" + littleEndian(179, 2) + "\x7f\x1f"
+                            {"ATTF",
+                             littleEndian(116, 2) + "New\x1f" + littleEndian(179, 2) + "\x7f\x1f"
                                  + littleEndian(187, 2) + "3\x1f\x1e"}})
              + raw::record({{"0001", number(5)}, {"FRID", frid(8, 86, 2)}})
              + raw::record({{"0001", number(6)}, {"FRID", frid(77, 86, 3)}, {"FOID", foid(77)}})
@@ -238,12 +253,21 @@ TEST(S57RecordReader, BoundsTheAttributesOfAFeature)
     std::string attributes;
     for (int i = 0; i < 20'000; ++i)
         attributes += littleEndian(i, 2) + "\x1f";
-    std::string record = raw::record({{"0001", number(1)}, {"FRID", frid(1, 86)}, {"FOID", foid(1)}});
+    std::string record =
+        raw::record({{"0001", number(1)}, {"FRID", frid(1, 86)}, {"FOID", foid(1)}});
     S57ChartItems cell;
     load(cell, record);
     // A longer record than five digits hold says 0 for its length.
-    const std::string bytes = "00000 D     00000   5504" "0001" "00003" "00000" "FRID" "00013" "00003"
-                              "ATTF" "60001" "00016\x1e"
+    const std::string bytes = "00000 D     00000   5504"
+                              "0001"
+                              "00003"
+                              "00000"
+                              "FRID"
+                              "00013"
+                              "00003"
+                              "ATTF"
+                              "60001"
+                              "00016\x1e"
         + number(2) + frid(1, 86, 3) + attributes + '\x1e';
     load(cell, bytes);
     EXPECT_EQ(cell.s57Features()[0]->s57FeatureAttributeCount(), S57Feature::maximumAttributes);

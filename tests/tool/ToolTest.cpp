@@ -38,12 +38,15 @@ protected:
             std::ifstream file(m_folder.path() / name);
             return std::string(std::istreambuf_iterator<char>(file), {});
         };
-        const std::string command = "cd '" + path("").string() + "' && '" KELVOX_TOOL "' " + arguments
-            + " >.out 2>.err";
+        const std::string command =
+            "cd '" + path("").string() + "' && '" KELVOX_TOOL "' " + arguments + " >.out 2>.err";
         const int status = std::system(command.c_str());
         return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(".out"), read(".err")};
     }
-    [[nodiscard]] std::filesystem::path path(const char* name) const { return m_folder.path() / name; }
+    [[nodiscard]] std::filesystem::path path(const char* name) const
+    {
+        return m_folder.path() / name;
+    }
     void write(const char* name, const std::string& bytes) const
     {
         std::ofstream(path(name), std::ios::binary) << bytes;
@@ -141,7 +144,8 @@ TEST_F(ToolTest, SaysWhatWentWrong)
             EXPECT_TRUE(isOneLineNaming(failed.errors, file)) << failed.errors;
             EXPECT_TRUE(failed.output.empty());
         }
-    for (const char* wrong : {"", "nonsense", "info", "info --nonsense .", "dump", "dump a b", "catalog"})
+    for (const char* wrong :
+         {"", "nonsense", "info", "info --nonsense .", "dump", "dump a b", "catalog"})
         EXPECT_EQ(run(wrong).code, 2) << wrong;
     for (const char* help : {"--help", "info --help", "dump --help", "catalog --help"}) {
         const auto asked = run(help);
