@@ -13,6 +13,8 @@
 
 #include <QGuiApplication>
 
+#include <cstdio>
+
 namespace {
 using namespace kelvox;
 
@@ -78,6 +80,10 @@ int main(int argc, char** argv)
     const TemporaryFolder folder;
     Program program;
     program.presentation.setColorTable(1);
+    if (program.presentation.portrayal()->colors.empty()) {
+        std::fputs("no presentation library beside the program: nothing would be drawn\n", stderr);
+        return 1;
+    }
     if (const auto real = realData("enc/US2AK5FM/US2AK5FM.000"))
         program.path = *real;
     else if (DemoCharts::write(folder.path(), DemoCharts::largest))
