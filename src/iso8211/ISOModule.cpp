@@ -25,7 +25,14 @@ bool equalIgnoringCase(std::string_view a, std::string_view b)
 /// A decimal that counts bytes: negative ones are taken as none.
 std::size_t byteCount(std::string_view text)
 {
-    return static_cast<std::size_t>(std::max<std::int64_t>(isoDecimal(text), 0));
+    std::size_t value = 0; // digits only, as nearly every record has them
+    for (const char c : text) {
+        const auto digit = static_cast<unsigned>(c - '0');
+        if (digit > 9)
+            return static_cast<std::size_t>(std::max<std::int64_t>(isoDecimal(text), 0));
+        value = value * 10 + digit;
+    }
+    return value;
 }
 
 /// substr that gives an empty view instead of throwing.
@@ -190,6 +197,8 @@ const ISORawRecord* ISOModule::readRecord()
     m_error.reset();
     if (!m_open)
         return nullptr;
+    if (m_file)
+        m_file->releaseBefore(m_offset);
 
     if (m_record.m_reuseLeader) {
         const auto area = slice(m_bytes, m_offset, m_record.m_fieldArea.size());
