@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
 
 namespace kelvox {
 
@@ -159,11 +160,15 @@ int ISOModule::definitionIndex(std::string_view tag, std::size_t place)
 {
     // Records of a kind follow each other: most have the fields of the one before.
     if (place >= m_lastIndexes.size())
-        m_lastIndexes.resize(place + 1, -1);
-    int& last = m_lastIndexes[place];
-    if (last < 0 || m_definitions[static_cast<std::size_t>(last)].tag() != tag)
-        last = definitionIndex(tag);
-    return last;
+        m_lastIndexes.resize(place + 1);
+    LastTag& last = m_lastIndexes[place];
+    std::uint64_t packed = 0;
+    if (tag.size() <= sizeof packed)
+        std::memcpy(&packed, tag.data(), tag.size());
+    if (last.index >= 0 && last.tag == packed && tag.size() <= sizeof packed)
+        return last.index;
+    last = {packed, definitionIndex(tag)};
+    return last.index;
 }
 
 int ISOModule::definitionIndex(std::string_view tag) const

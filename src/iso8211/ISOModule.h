@@ -118,7 +118,11 @@ private:
     std::size_t m_firstRecord = 0;
     ISOLeader m_leader;
     std::vector<ISOFieldDefinition> m_definitions;
-    std::vector<int> m_lastIndexes; ///< of the definitions at each place of the last directory
+    struct LastTag {
+        std::uint64_t tag = 0; ///< its first bytes, cut off behind the eighth
+        int index = -1;
+    };
+    std::vector<LastTag> m_lastIndexes; ///< of the definitions at each place of the last directory
     ISORawRecord m_record;
     std::optional<Error> m_error;
 };

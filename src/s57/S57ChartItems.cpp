@@ -104,6 +104,11 @@ void S57ChartItems::addS57Feature(const std::shared_ptr<const S57CatalogRecord>&
     m_features.push_back(std::move(feature));
 }
 
+S57Object& S57ChartItems::newObject(const S57Feature& feature)
+{
+    return m_displayObjects.emplace_back(feature, *this);
+}
+
 S57Feature* S57ChartItems::s57FeatureForS57Feature(const S57Feature& feature)
 {
     const std::uint32_t place = m_featureByKey.find(feature.recordKey());

@@ -3,7 +3,7 @@
 #include "base/Rect.h"
 #include "s57/RecordMap.h"
 #include "s57/S57CatalogRecord.h"
-#include "s57/S57Feature.h"
+#include "s57/S57Object.h"
 
 #include <deque>
 
@@ -39,6 +39,9 @@ public:
     [[nodiscard]] const Parameters& parameters() const { return m_parameters; }
     [[nodiscard]] Parameters& parameters() { return m_parameters; }
 
+    /// Where the cell's records keep their lists: taken in large blocks, given back as a whole.
+    [[nodiscard]] std::pmr::memory_resource* memory() { return &m_memory; }
+
     // Storing what a record held, by its update instruction.
     void addS57Vector(S57Vector&& vector);
     /// Stores an inserted feature of a class that the display knows; removes the stored one where
@@ -64,6 +67,8 @@ public:
     [[nodiscard]] std::size_t s57VectorCount() const { return m_vectorByKey.size(); }
     [[nodiscard]] const std::deque<S57Vector>& s57Vectors() const { return m_vectors; }
 
+    /// A display object for a feature; lives as long as the cell.
+    [[nodiscard]] S57Object& newObject(const S57Feature& feature);
     /// The display objects that have a name: what a search finds.
     [[nodiscard]] const std::vector<S57Object*>& s57Objects() const { return m_objects; }
 
@@ -93,6 +98,7 @@ private:
     void findStructures();
     void measure();
 
+    std::pmr::monotonic_buffer_resource m_memory{64 * 1024};
     Parameters m_parameters;
     std::shared_ptr<const S57CatalogRecord> m_catalogRecord;
     std::deque<S57Vector> m_vectors; ///< stable places
@@ -100,6 +106,7 @@ private:
     std::vector<std::unique_ptr<S57Feature>> m_features; ///< a deleted one is null until assemble()
     RecordMap m_featureByKey;
     RecordMap m_featureByIdentification;
+    std::deque<S57Object> m_displayObjects;
     std::vector<S57Object*> m_objects;
     std::unique_ptr<Path> m_coveragePath;
     Rect m_bounds;

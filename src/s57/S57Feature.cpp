@@ -103,7 +103,13 @@ void S57FeatureSpatial::buildEdgePath(Path& path, const S57Controller& view,
         path.lineTo(*to);
 }
 
-S57Feature::S57Feature() = default;
+S57Feature::S57Feature(std::pmr::memory_resource* memory)
+    : m_attributes(memory)
+    , m_spatials(memory)
+    , m_records(memory)
+{
+}
+
 S57Feature::~S57Feature() = default;
 
 std::string S57Feature::key() const
@@ -194,11 +200,6 @@ bool S57Feature::isNavAid() const
     return (code >= BCNCAR && code <= BCNSPP) || (code >= BOYCAR && code <= BOYSPP)
         || code == DAYMAR || code == FOGSIG || code == LIGHTS || code == LITFLT || code == LITVES
         || code == RADSTA || code == RTPBCN || code == RETRFL || code == TOPMAR;
-}
-
-void S57Feature::setS57Object(std::unique_ptr<S57Object> object)
-{
-    m_object = std::move(object);
 }
 
 Path S57Feature::buildEdgePath(const S57ChartItems& cell, const S57Controller& view) const

@@ -75,7 +75,8 @@ public:
     /// A feature keeps no more; the catalogue has about two hundred.
     static constexpr std::size_t maximumAttributes = 4'096;
 
-    S57Feature();
+    /// The memory, of the cell that will hold the feature, outlives it.
+    explicit S57Feature(std::pmr::memory_resource* memory = std::pmr::get_default_resource());
     ~S57Feature();
     S57Feature(const S57Feature&) = delete;
     S57Feature& operator=(const S57Feature&) = delete;
@@ -154,8 +155,9 @@ public:
     /// It may be assigned anew while other threads read it.
     [[nodiscard]] const S52Lupt* s52Lupt() const { return m_lupt.load(std::memory_order_relaxed); }
     void setS52Lupt(const S52Lupt* entry) { m_lupt.store(entry, std::memory_order_relaxed); }
-    [[nodiscard]] S57Object* s57Object() const { return m_object.get(); }
-    void setS57Object(std::unique_ptr<S57Object> object);
+    /// Kept by the cell.
+    [[nodiscard]] S57Object* s57Object() const { return m_object; }
+    void setS57Object(S57Object* object) { m_object = object; }
     /// The place of a point feature.
     [[nodiscard]] std::optional<S57Coordinate> s57Coordinate() const { return m_coordinate; }
     void setS57Coordinate(std::optional<S57Coordinate> coordinate) { m_coordinate = coordinate; }
@@ -169,14 +171,14 @@ public:
     void resetEdgePath();
 
 private:
-    std::vector<S57FeatureAttribute> m_attributes;
-    std::vector<S57FeatureSpatial> m_spatials;
-    std::vector<S57FeatureRecord> m_records;
+    std::pmr::vector<S57FeatureAttribute> m_attributes;
+    std::pmr::vector<S57FeatureSpatial> m_spatials;
+    std::pmr::vector<S57FeatureRecord> m_records;
     S57UpdateControl m_spatialControl;
     S57UpdateControl m_recordControl;
     std::unique_ptr<Path> m_edgePath;
     std::unique_ptr<Path> m_scaledEdgePath;
-    std::unique_ptr<S57Object> m_object;
+    S57Object* m_object = nullptr;
     std::atomic<const S52Lupt*> m_lupt = nullptr;
     std::string_view m_description;
     std::optional<S57Coordinate> m_coordinate;

@@ -1,6 +1,6 @@
 #include "s57/S57ObjectCatalogue.h"
 
-#include "s57/S57Feature.h"
+#include "s57/S57ChartItems.h"
 #include "s57/S57Object.h"
 #include "s57/S57ObjectCatalogueTables.h"
 
@@ -82,7 +82,7 @@ std::string S57ObjectCatalogue::readableValue(int attributeCode, std::string_vie
 
 void S57ObjectCatalogue::s57ObjectCreateForFeature(S57Feature& feature, S57ChartItems& cell)
 {
-    feature.setS57Object(std::make_unique<S57Object>(feature, cell));
+    feature.setS57Object(&cell.newObject(feature));
 }
 
 } // namespace kelvox

@@ -217,13 +217,7 @@ void S57RecordReader::readField(const ISORawField& field)
 void S57RecordReader::readRow(const ISOFieldDefinition& definition, const FieldPlan& plan,
                               std::span<const char>& left)
 {
-    // Each row sets all values of its field; only those of the field before it must go.
-    if (m_rowPlan != &plan) {
-        if (m_rowPlan)
-            for (const SubfieldCode code : m_rowPlan->subfields)
-                m_row[static_cast<std::size_t>(code)] = {};
-        m_rowPlan = &plan;
-    }
+    ++m_rowNumber; // makes the values of earlier rows count no more
     const auto unsignedOf = [&](std::size_t width) {
         std::uint32_t number = 0;
         std::memcpy(&number, left.data(), width); // little-endian like the machines we build for
@@ -232,7 +226,7 @@ void S57RecordReader::readRow(const ISOFieldDefinition& definition, const FieldP
     for (std::size_t i = 0; i < plan.steps.size(); ++i) {
         const Step& step = plan.steps[i];
         Value& target = m_row[static_cast<std::size_t>(step.code)];
-        target.present = true;
+        target = {0, 0, {}, m_rowNumber};
         if (step.form == Form::Other || left.size() < step.width) {
             readOther(definition.subfields()[i], left, target);
             continue;
@@ -317,11 +311,11 @@ void S57RecordReader::applyRow(FieldCode field)
                                               utf8FromLatin1(value(ATVL).text));
         break;
     case FieldCode::FFPC:
-        if (m_feature && value(NFPT).present)
+        if (m_feature && has(NFPT))
             m_feature->setS57FFPC(control(FFUI, FFIX, NFPT));
         break;
     case FieldCode::FSPC:
-        if (m_feature && value(NSPT).present)
+        if (m_feature && has(NSPT))
             m_feature->setS57FSPC(control(FSUI, FSIX, NSPT));
         break;
     case FieldCode::FFPT: {
@@ -335,11 +329,11 @@ void S57RecordReader::applyRow(FieldCode field)
         break;
     }
     case FieldCode::VRPC:
-        if (m_vector && value(NVPT).present)
+        if (m_vector && has(NVPT))
             m_vector->setS57VRPC(control(VPUI, VPIX, NVPT));
         break;
     case FieldCode::SGCC:
-        if (m_vector && value(CCNC).present)
+        if (m_vector && has(CCNC))
             m_vector->setS57SGCC(control(CCUI, CCIX, CCNC));
         break;
     case FieldCode::VRPT: {
@@ -349,11 +343,11 @@ void S57RecordReader::applyRow(FieldCode field)
         break;
     }
     case FieldCode::SG2D:
-        if (value(XCOO).present)
+        if (has(XCOO))
             addCoordinate(value(YCOO).number, value(XCOO).number);
         break;
     case FieldCode::SG3D:
-        if (value(VE3D).present) {
+        if (has(VE3D)) {
             addCoordinate(value(YCOO).number, value(XCOO).number);
             addDepth(value(VE3D).number);
         }
@@ -368,11 +362,11 @@ void S57RecordReader::applyDataset(FieldCode field)
     using enum SubfieldCode;
     auto& parameters = m_cell.parameters();
     const auto setWhole = [&](SubfieldCode code, std::uint32_t& target) {
-        if (value(code).present)
+        if (has(code))
             target = value(code).whole;
     };
     const auto setText = [&](SubfieldCode code, std::string& target) {
-        if (value(code).present)
+        if (has(code))
             target = value(code).text;
     };
     if (field == FieldCode::DSID) {
@@ -383,7 +377,7 @@ void S57RecordReader::applyDataset(FieldCode field)
         setWhole(PRSP, parameters.specification);
     } else if (field == FieldCode::DSPM) {
         setWhole(COMF, parameters.coordinateMultiplier);
-        if (value(COUN).present)
+        if (has(COUN))
             parameters.latLon = value(COUN).whole == 1;
         setWhole(CSCL, parameters.compiledScale);
         setWhole(HDAT, parameters.horizontalDatum);
@@ -399,7 +393,7 @@ void S57RecordReader::beginFeature()
 {
     using enum SubfieldCode;
     constexpr std::uint32_t modify = 3;
-    m_newFeature = std::make_unique<S57Feature>();
+    m_newFeature = std::make_unique<S57Feature>(m_cell.memory());
     m_feature = m_newFeature.get();
     m_feature->setRecordName(static_cast<std::uint8_t>(value(RCNM).whole));
     m_feature->setRecordID(value(RCID).whole);
@@ -420,7 +414,7 @@ void S57RecordReader::beginVector()
 {
     using enum SubfieldCode;
     constexpr std::uint32_t modify = 3;
-    m_newVector.emplace();
+    m_newVector.emplace(m_cell.memory());
     m_vector = &*m_newVector;
     m_vector->setRecordName(static_cast<std::uint8_t>(value(RCNM).whole));
     m_vector->setRecordID(value(RCID).whole);

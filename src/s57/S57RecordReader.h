@@ -27,7 +27,7 @@ private:
         std::uint32_t whole = 0; ///< of an unsigned binary format
         std::int32_t number = 0; ///< of any other integer format
         std::string_view text;
-        bool present = false;
+        std::uint32_t row = 0; ///< the row that brought it
     };
     /// How a subfield is read; the forms that S-57 uses most have a short way.
     enum class Form : std::uint8_t { Unsigned1, Unsigned2, Unsigned4, Bytes, Other };
@@ -45,7 +45,13 @@ private:
     [[nodiscard]] FieldPlan planOf(const ISOFieldDefinition& definition) const;
     [[nodiscard]] const Value& value(SubfieldCode code) const
     {
-        return m_row[static_cast<std::size_t>(code)];
+        static constexpr Value none;
+        const Value& found = m_row[static_cast<std::size_t>(code)];
+        return found.row == m_rowNumber ? found : none;
+    }
+    [[nodiscard]] bool has(SubfieldCode code) const
+    {
+        return m_row[static_cast<std::size_t>(code)].row == m_rowNumber;
     }
     void readField(const ISORawField& field);
     static void readOther(const ISOSubfieldDefinition& subfield, std::span<const char>& left,
@@ -66,7 +72,7 @@ private:
     S57ChartItems& m_cell;
     std::vector<FieldPlan> m_plans; ///< beside the module's definitions
     std::array<Value, subfieldCodes> m_row;
-    const FieldPlan* m_rowPlan = nullptr; ///< whose values stand in m_row
+    std::uint32_t m_rowNumber = 0; ///< of the row that stands in m_row; older values do not count
 
     // What the current record fills: a new object of ours or, for a modification, a stored one.
     std::unique_ptr<S57Feature> m_newFeature;

@@ -21,8 +21,8 @@ struct S57UpdateControl {
 /// A place outside the list never fails: insert and modify append, delete does nothing. Because the
 /// index runs on while the list shrinks, deletes in a row take every other element: on purpose.
 /// Same result as one element after the other, in one pass over the list.
-template <typename Element>
-void applyUpdate(std::vector<Element>& list, std::span<const Element> elements,
+template <typename Element, typename Allocator>
+void applyUpdate(std::vector<Element, Allocator>& list, std::span<const Element> elements,
                  std::uint32_t instruction, std::uint32_t& index)
 {
     const auto inside = [&] { return index >= 1 && index <= list.size(); };

@@ -3,6 +3,7 @@
 #include "s57/S57Coordinate.h"
 #include "s57/S57UpdateControl.h"
 
+#include <memory_resource>
 #include <span>
 #include <string>
 #include <vector>
@@ -39,6 +40,13 @@ struct S57VectorPointer {
 /// One spatial record: a node with its co-ordinates or soundings, or an edge between two nodes.
 class S57Vector {
 public:
+    /// The memory, of the cell that will hold the record, outlives it.
+    explicit S57Vector(std::pmr::memory_resource* memory = std::pmr::get_default_resource())
+        : m_coordinates(memory)
+        , m_depths(memory)
+        , m_pointers(memory)
+    {
+    }
     [[nodiscard]] int recordName() const { return m_recordName; }
     [[nodiscard]] std::uint32_t recordID() const { return m_recordID; }
     [[nodiscard]] std::uint32_t recordUpdate() const { return m_recordUpdate; }
@@ -72,9 +80,9 @@ public:
     void shrinkToFit();
 
 private:
-    std::vector<S57Coordinate> m_coordinates;
-    std::vector<float> m_depths; ///< beside m_coordinates, as long as it, or empty
-    std::vector<S57VectorPointer> m_pointers;
+    std::pmr::vector<S57Coordinate> m_coordinates;
+    std::pmr::vector<float> m_depths; ///< beside m_coordinates, as long as it, or empty
+    std::pmr::vector<S57VectorPointer> m_pointers;
     S57UpdateControl m_pointerControl;
     S57UpdateControl m_coordinateControl;
     std::uint32_t m_recordID = 0;
