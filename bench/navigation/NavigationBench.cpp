@@ -79,7 +79,7 @@ Scene& fullScene()
 void searchWaypoints(benchmark::State& state)
 {
     auto& scene = fullScene();
-    for (auto _ : state)
+    while (state.KeepRunning())
         benchmark::DoNotOptimize(scene.waypoints.waypointsThatMatch("99"));
 }
 BENCHMARK(searchWaypoints)->Unit(benchmark::kMillisecond);
@@ -87,7 +87,7 @@ BENCHMARK(searchWaypoints)->Unit(benchmark::kMillisecond);
 void searchRoutes(benchmark::State& state)
 {
     auto& scene = fullScene();
-    for (auto _ : state)
+    while (state.KeepRunning())
         benchmark::DoNotOptimize(scene.routes.routesThatMatch("99"));
 }
 BENCHMARK(searchRoutes)->Unit(benchmark::kMillisecond);
@@ -97,7 +97,7 @@ template <class Model> void load(benchmark::State& state, Model Scene::*model, c
     fullScene();
     Scene scene;
     scene.waypoints.load(folder().path() / "waypoints.plist"); // routes want them
-    for (auto _ : state)
+    while (state.KeepRunning())
         benchmark::DoNotOptimize((scene.*model).load(folder().path() / file).records);
 }
 BENCHMARK_CAPTURE(load, waypoints, &Scene::waypoints, "waypoints.plist")
@@ -108,7 +108,7 @@ BENCHMARK_CAPTURE(load, tracks, &Scene::tracks, "tracks.plist")->Unit(benchmark:
 void loadTracksByTheLibrary(benchmark::State& state)
 {
     fullScene();
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         const auto bytes = readFile(folder().path() / "tracks.plist").value();
         plist_t list = nullptr;
         plist_from_memory(bytes.data(), static_cast<std::uint32_t>(bytes.size()), &list);
@@ -121,7 +121,7 @@ BENCHMARK(loadTracksByTheLibrary)->Unit(benchmark::kMillisecond);
 template <class Model> void beginSave(benchmark::State& state, Model Scene::*model)
 {
     auto& scene = fullScene();
-    for (auto _ : state)
+    while (state.KeepRunning())
         benchmark::DoNotOptimize((scene.*model).beginSave(folder().path() / "x.plist"));
 }
 BENCHMARK_CAPTURE(beginSave, waypoints, &Scene::waypoints)->Unit(benchmark::kMillisecond);
@@ -131,7 +131,7 @@ BENCHMARK_CAPTURE(beginSave, tracks, &Scene::tracks)->Unit(benchmark::kMilliseco
 template <class Model> void save(benchmark::State& state, Model Scene::*model, const char* file)
 {
     auto& scene = fullScene();
-    for (auto _ : state)
+    while (state.KeepRunning())
         benchmark::DoNotOptimize((scene.*model).save(folder().path() / file));
 }
 BENCHMARK_CAPTURE(save, waypoints, &Scene::waypoints, "waypoints.plist")
@@ -156,7 +156,7 @@ void listWaypoints(benchmark::State& state)
     const UnitsModel units;
     const NSDtwFormatter distance(units);
     const NSCogFormatter bearing(strings, units);
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         controller.fromWaypoints(noValue, noValue);
         for (const auto& waypoint : scene.waypoints.sortedByDistanceFromPosition()) {
             benchmark::DoNotOptimize(distance.stringForObjectValue(waypoint->distanceFromPosition));
@@ -169,7 +169,7 @@ BENCHMARK(listWaypoints)->Unit(benchmark::kMillisecond);
 void listRoutes(benchmark::State& state)
 {
     auto& scene = fullScene();
-    for (auto _ : state)
+    while (state.KeepRunning())
         for (const auto& route : scene.routes.objectEnumerator())
             benchmark::DoNotOptimize(route->distance(0, route->count() - 1));
 }
@@ -178,7 +178,7 @@ BENCHMARK(listRoutes)->Unit(benchmark::kMillisecond);
 void listTrackLines(benchmark::State& state)
 {
     auto& scene = fullScene();
-    for (auto _ : state)
+    while (state.KeepRunning())
         for (std::size_t i = 0; i < scene.tracks.count(); ++i)
             benchmark::DoNotOptimize(scene.tracks.isStart(i));
 }
@@ -187,15 +187,15 @@ BENCHMARK(listTrackLines)->Unit(benchmark::kMillisecond);
 void recordAPoint(benchmark::State& state)
 {
     auto& scene = fullScene();
-    int second = 1'000'000;
-    for (auto _ : state)
+    static int second = 1'000'000; // goes on over repetitions: older points are refused
+    while (state.KeepRunning())
         scene.tracks.add(trackPoint(++second), std::chrono::seconds(1));
 }
 BENCHMARK(recordAPoint)->Unit(benchmark::kMicrosecond)->Iterations(10'000);
 
 void variation(benchmark::State& state)
 {
-    for (auto _ : state)
+    while (state.KeepRunning())
         benchmark::DoNotOptimize(NavMath::variationForDay({10, 55}, 2461000));
 }
 BENCHMARK(variation)->Unit(benchmark::kMicrosecond);

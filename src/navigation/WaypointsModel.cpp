@@ -127,7 +127,7 @@ void WaypointsModel::onLoaded()
 WaypointPointer WaypointsModel::createWaypointFromGPS(std::string_view name, Position position,
                                                       std::string_view description, int icon)
 {
-    if (const auto old = waypointFromName(cleanText(name)); old && old->hasPosition()
+    if (auto old = waypointFromName(cleanText(name)); old && old->hasPosition()
         && NavMath::distanceFromPoint(old->positionOnGPS(), position) <= samePlaceNM) {
         edit(old, [&](Waypoint& waypoint) {
             if (!description.empty())
