@@ -101,7 +101,7 @@ template <typename LineType> void load(benchmark::State& state)
     const auto seconds = static_cast<double>(state.range(1));
     constexpr std::size_t batch = 200;
     const auto batches = static_cast<std::size_t>((rate > 0 ? rate : 200000) * seconds) / batch;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         const SystemClock clock;
         MainLoop loop;
         TimedExecutor timed(loop);

@@ -66,7 +66,7 @@ void parseAndApply(benchmark::State& state)
     const auto lines = mixedLog();
     const SystemClock clock;
     OwnVessel vessel(clock);
-    for (auto _ : state)
+    while (state.KeepRunning())
         for (const auto& line : lines)
             benchmark::DoNotOptimize(vessel.gps.processRawSentence(line));
     countSentences(state, lines.size());
@@ -80,7 +80,7 @@ void parseAndApplyInBatches(benchmark::State& state)
     const SystemClock clock;
     OwnVessel vessel(clock);
     constexpr std::size_t batch = 40;
-    for (auto _ : state)
+    while (state.KeepRunning())
         for (std::size_t at = 0; at < lines.size(); at += batch)
             vessel.gps.processLines({lines.data() + at, batch});
     countSentences(state, lines.size());
@@ -106,7 +106,7 @@ double processorSeconds(const std::string& command)
 
 void process(benchmark::State& state, const std::string& command)
 {
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         const auto seconds = processorSeconds(command + " < " + logFile() + " > /dev/null 2>&1");
         if (seconds <= 0) {
             state.SkipWithError("not there");
