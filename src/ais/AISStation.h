@@ -8,8 +8,8 @@
 
 namespace kelvox {
 
-/// An AIS controller with everything around it on the calling thread, its connection open, nobody
-/// to alarm: for tools, benchmarks and tests.
+/// An AIS controller with everything around it on the calling thread, its connection open; without
+/// alarms handed in nobody is alarmed. For tools, benchmarks and tests.
 class AISStation {
 public:
     /// Keeps what is posted until somebody says that the program is idle.
@@ -30,7 +30,11 @@ public:
         std::vector<std::function<void()>> m_work;
     };
 
-    AISStation() { controller.setConnectionOpen(true); }
+    explicit AISStation(Alarms* alarms = nullptr)
+        : m_alarms(alarms ? *alarms : m_noAlarms)
+    {
+        controller.setConnectionOpen(true);
+    }
 
 private:
     struct NoAlarms final : Alarms {
@@ -41,7 +45,8 @@ private:
         [[nodiscard]] bool isShown(const std::string&) const override { return false; }
     };
     InlineExecutor m_main;
-    NoAlarms m_alarms;
+    NoAlarms m_noAlarms;
+    Alarms& m_alarms;
 
 public:
     IdleQueue idle;

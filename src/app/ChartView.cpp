@@ -110,6 +110,19 @@ void ChartView::showBoundsAtStep(const Rect& degrees)
     changed();
 }
 
+void ChartView::centerOn(Position position)
+{
+    const ViewFrame there = ViewFrame::at(position, m_scale, 0, 0, 0, 1, S57Controller::maximumDpi);
+    m_center = there.placeOf({0, 0});
+    changed();
+}
+
+void ChartView::setScale(int denominator)
+{
+    m_scale = std::clamp(denominator, finestScale, coarsestScale);
+    changed();
+}
+
 void ChartView::zoomIn()
 {
     const auto& steps = ChartSettingsController::zoomSteps;
@@ -143,6 +156,7 @@ void ChartView::panBy(QPointF widgetPixels)
     m_center = now.placeOf({now.width / 2.0 - by.x, now.height / 2.0 - by.y});
     m_center.y = std::clamp(m_center.y, 0.0, 1.0);
     m_center.x -= std::floor(m_center.x); // around the world and back
+    emit panned();
     changed();
 }
 
@@ -215,9 +229,18 @@ void ChartView::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
     painter.fillRect(rect(), toQColor(RenderColors::from(m_scene->portrayal->colors).noDataColor));
-    if (m_picture.image.isNull())
-        return;
     const ViewFrame now = frame();
+    if (!m_picture.image.isNull())
+        paintPicture(painter, now);
+    if (m_overlay) {
+        painter.resetTransform();
+        painter.scale(1 / now.pixelsPerPoint, 1 / now.pixelsPerPoint);
+        m_overlay(painter, now);
+    }
+}
+
+void ChartView::paintPicture(QPainter& painter, const ViewFrame& now) const
+{
     const QTransform move = toQTransform(m_picture.frame, now);
     painter.scale(1 / now.pixelsPerPoint, 1 / now.pixelsPerPoint); // to device pixels
     if (m_picture.frame.view.scale() == now.view.scale()

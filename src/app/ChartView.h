@@ -5,6 +5,7 @@
 
 #include <QWidget>
 
+#include <functional>
 #include <optional>
 
 namespace kelvox {
@@ -17,6 +18,14 @@ public:
     explicit ChartView(WorkerPool& pool, QWidget* parent = nullptr);
 
     void setScene(std::shared_ptr<const ChartScene> scene);
+    /// Painted over the chart on its own whenever the view is; update() asks for it.
+    void setOverlay(std::function<void(QPainter&, const ViewFrame&)> paint)
+    {
+        m_overlay = std::move(paint);
+    }
+    /// Moves the chart so that the position stands in the middle.
+    void centerOn(Position position);
+    void setScale(int denominator); ///< about the middle
     /// Shows a box of degrees (left west, bottom south).
     void showBounds(const Rect& degrees);
     /// The same at one of the zoom steps.
@@ -39,6 +48,7 @@ signals:
     void viewChanged();
     void cursorMoved();
     void pathsDropped(const QStringList& paths);
+    void panned(); ///< by the user's hand
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -69,7 +79,9 @@ private:
     void requestPicture();
     [[nodiscard]] bool pictureCovers() const;
     void showPicture(const ChartPicture& picture);
+    void paintPicture(QPainter& painter, const ViewFrame& now) const;
 
+    std::function<void(QPainter&, const ViewFrame&)> m_overlay;
     PictureMaker m_maker;
     std::shared_ptr<const ChartScene> m_scene;
     ChartPicture m_picture;

@@ -51,6 +51,14 @@ MainWindow::MainWindow(S52Model& library, WorkerPool& pool)
     connect(&m_loader, &ChartLoader::finished, this, &MainWindow::loadingFinished);
     connect(&m_loader, &ChartLoader::failed, this,
             [this](const QString& message) { statusBar()->showMessage(message, 15'000); });
+    m_chart->setOverlay([this](QPainter& painter, const ViewFrame& frame) {
+        m_liveLayer.paint(painter, m_live, frame, *m_scene.portrayal);
+    });
+    connect(m_chart, &ChartView::panned, this, [this] { setFollowing(false); });
+    connect(&m_live, &LiveData::vesselMoved, this, &MainWindow::updateVessel);
+    connect(&m_live, &LiveData::targetsChanged, m_chart, qOverload<>(&QWidget::update));
+    connect(&m_live, &LiveData::alarmRaised, this,
+            [this](const QString& message) { statusBar()->showMessage(message); });
     m_chart->setFocus();
     resize(1280, 860);
 }
@@ -69,6 +77,9 @@ void MainWindow::buildMenus()
     view->addAction(tr("Zoom &in"), QKeySequence::ZoomIn, m_chart, &ChartView::zoomIn);
     view->addAction(tr("Zoom &out"), QKeySequence::ZoomOut, m_chart, &ChartView::zoomOut);
     view->addAction(tr("&Fit charts"), QKeySequence(Qt::Key_Home), this, &MainWindow::fitAll);
+    m_followAction = view->addAction(tr("Follow the &vessel"), QKeySequence(Qt::Key_F), this,
+                                     [this] { setFollowing(m_followAction->isChecked()); });
+    m_followAction->setCheckable(true);
     view->addAction(tr("&North up"), QKeySequence(Qt::Key_Slash), m_chart, &ChartView::northUp);
     view->addSeparator();
     auto* group = new QActionGroup(this);
@@ -103,6 +114,8 @@ void MainWindow::buildStatusBar()
     m_rotationLabel = new QLabel(this);
     m_cellLabel = new QLabel(this);
     statusBar()->addWidget(m_positionLabel);
+    m_vesselLabel = new QLabel(this);
+    statusBar()->addPermanentWidget(m_vesselLabel);
     statusBar()->addPermanentWidget(m_rotationLabel);
     statusBar()->addPermanentWidget(m_scaleLabel);
     statusBar()->addPermanentWidget(m_cellLabel);
@@ -143,6 +156,34 @@ void MainWindow::open(const std::vector<std::filesystem::path>& paths)
     m_loader.open(paths);
 }
 
+void MainWindow::openDemo(const std::filesystem::path& resources)
+{
+    constexpr int demoScale = 50'000;
+    open({resources / "demo"});
+    m_fitWhenLoaded = false;
+    m_chart->setScale(demoScale);
+    setFollowing(true);
+    if (const auto started = m_live.simulate(resources / "simulation.json"); !started)
+        statusBar()->showMessage(QString::fromStdString(started.error().message));
+}
+
+void MainWindow::setFollowing(bool on)
+{
+    m_followAction->setChecked(on);
+    if (on)
+        updateVessel();
+}
+
+void MainWindow::updateVessel()
+{
+    const GPSController& gps = m_live.gps();
+    if (gps.position().isKnown() && m_followAction->isChecked())
+        m_chart->centerOn(gps.position());
+    m_vesselLabel->setText((m_live.isSimulated() ? tr("Demo  ") : QString())
+                           + QString::fromStdString(gps.cog() + "  " + gps.sog()));
+    m_chart->update();
+}
+
 void MainWindow::addCell(const std::shared_ptr<const CellGeometry>& geometry)
 {
     S52Lookup::setS52Lupts(geometry->cell(), m_library);
@@ -155,7 +196,7 @@ void MainWindow::addCell(const std::shared_ptr<const CellGeometry>& geometry)
     std::ranges::stable_sort(m_scene.cells, {}, [](const auto& cell) {
         return cell->cell().parameters().compiledScale;
     });
-    if (m_scene.cells.size() == 1)
+    if (m_scene.cells.size() == 1 && m_fitWhenLoaded)
         fitAll(); // something to see at once; the whole is fitted when all are there
     updateScene();
 }

@@ -2,6 +2,7 @@
 
 #include "app/ChartLoader.h"
 #include "app/ChartView.h"
+#include "app/LiveLayer.h"
 #include "base/Strings.h"
 #include "navigation/PositionFormatter.h"
 #include "presentation/S52Render.h"
@@ -19,6 +20,8 @@ public:
 
     /// Opens cells, folders and catalogues in addition to those shown.
     void open(const std::vector<std::filesystem::path>& paths);
+    /// Opens the demo charts and lets the simulated vessel sail in them.
+    void openDemo(const std::filesystem::path& resources);
 
 private:
     enum class Palette { Day, Dusk, Night };
@@ -33,12 +36,16 @@ private:
     void updateScene();
     void updateStatus();
     void updateCursor();
+    void updateVessel();
+    void setFollowing(bool on);
     void chooseFiles();
     void chooseFolder();
 
     S52Model& m_library;
     S52Render m_presentation;
     ChartLoader m_loader;
+    LiveData m_live;
+    LiveLayer m_liveLayer;
     ChartView* m_chart;
     ChartScene m_scene;
     bool m_fitWhenLoaded = false;
@@ -48,6 +55,8 @@ private:
     QLabel* m_scaleLabel = nullptr;
     QLabel* m_rotationLabel = nullptr;
     QLabel* m_cellLabel = nullptr;
+    QLabel* m_vesselLabel = nullptr;
+    QAction* m_followAction = nullptr;
 };
 
 } // namespace kelvox

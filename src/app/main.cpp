@@ -32,7 +32,8 @@ int main(int argc, char** argv)
     for (const QString& name : arguments.positionalArguments())
         charts.emplace_back(name.toStdString());
     if (charts.empty())
-        charts.push_back(kelvox::folders::applicationResources() / "demo");
-    window.open(charts);
+        window.openDemo(kelvox::folders::applicationResources());
+    else
+        window.open(charts);
     return QApplication::exec();
 }

@@ -87,6 +87,7 @@ Result<MappedFile> MappedFile::open(const std::filesystem::path& path)
 MappedFile::MappedFile(MappedFile&& other) noexcept
     : m_data(std::exchange(other.m_data, nullptr))
     , m_size(std::exchange(other.m_size, 0))
+    , m_released(std::exchange(other.m_released, 0))
 {
 }
 
@@ -94,7 +95,18 @@ MappedFile& MappedFile::operator=(MappedFile&& other) noexcept
 {
     std::swap(m_data, other.m_data);
     std::swap(m_size, other.m_size);
+    std::swap(m_released, other.m_released);
     return *this;
+}
+
+void MappedFile::releaseBefore(std::size_t offset)
+{
+    constexpr std::size_t block = 256 * 1024;
+    const std::size_t end = offset / block * block;
+    if (end <= m_released)
+        return;
+    ::madvise(const_cast<char*>(m_data) + m_released, end - m_released, MADV_DONTNEED);
+    m_released = end;
 }
 
 MappedFile::~MappedFile()

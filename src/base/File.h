@@ -24,11 +24,15 @@ public:
     ~MappedFile();
 
     [[nodiscard]] std::span<const char> bytes() const { return {m_data, m_size}; }
+    /// Lets the memory go of what stands before the offset, once it is worth the call. The bytes
+    /// stay readable; they would come from the file again.
+    void releaseBefore(std::size_t offset);
 
 private:
     MappedFile() = default;
     const char* m_data = nullptr;
     std::size_t m_size = 0;
+    std::size_t m_released = 0;
 };
 
 /// The whole file as a string; refuses files above the limit.

@@ -42,10 +42,8 @@ void ChartSettingsController::zoomOut()
 
 void ChartSettingsController::previousZoom()
 {
-    if (!m_previous)
-        return;
-    onZoom(*m_previous);
-    m_previous.reset();
+    if (m_previous)
+        onZoom(*m_previous);
 }
 
 void ChartSettingsController::bestZoom(Size view, Size extent, int currentScale)

@@ -28,7 +28,7 @@ public:
     void zoomOut();
     [[nodiscard]] bool canZoomIn() const { return m_step && *m_step > 0; }
     [[nodiscard]] bool canZoomOut() const { return m_step && *m_step + 1 < zoomSteps.size(); }
-    /// Back to the step before the last change; possible once.
+    /// Back to the step before the last change; the next return leads here again.
     void previousZoom();
     [[nodiscard]] bool canReturn() const { return m_previous.has_value(); }
     /// Chooses the step at which an extent fills the view, both sizes at the current scale.

@@ -43,6 +43,13 @@ SheetPlace ViewFrame::placeOf(Point pixel) const
     return {p.x / view.sheet().width, p.y / view.sheet().height};
 }
 
+Position ViewFrame::positionOf(Point pixel) const
+{
+    const SheetPlace place = placeOf(pixel);
+    const double ordinate = (2 * place.y - 1) * static_cast<double>(S57Controller::value85);
+    return {place.x * 360 - 180, std::atan(std::sinh(ordinate)) * 180 / std::numbers::pi};
+}
+
 Point ViewFrame::pixelOf(SheetPlace place) const
 {
     const double angle = view.rotate() * std::numbers::pi / 180;

@@ -48,6 +48,9 @@ struct ViewFrame {
     [[nodiscard]] SheetPlace placeOf(Point pixel) const;
     [[nodiscard]] Point pixelOf(SheetPlace place) const;
 
+    /// The position under a pixel in double precision, for what must not wobble while it moves.
+    [[nodiscard]] Position positionOf(Point pixel) const;
+
     /// Centred on a place, turned about it.
     [[nodiscard]] static ViewFrame at(SheetPlace center, int scale, float rotation, int width,
                                       int height, double pixelsPerPoint, unsigned dpi);

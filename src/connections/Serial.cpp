@@ -230,6 +230,7 @@ const std::vector<std::string>& Serial::offeredRates()
 {
     static const std::vector<std::string> texts = [] {
         std::vector<std::string> list;
+        list.reserve(rates.size());
         for (const auto& rate : rates)
             list.emplace_back(rate.text);
         return list;

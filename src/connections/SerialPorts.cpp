@@ -31,7 +31,8 @@ std::string usbName(const fs::path& device)
         if (product.empty())
             continue;
         const auto maker = firstLine(folder / "manufacturer");
-        return maker.empty() || product.starts_with(maker) ? product : maker + ' ' + product;
+        return maker.empty() || product.starts_with(maker) ? product
+                                                           : fmt::format("{} {}", maker, product);
     }
     return {};
 }

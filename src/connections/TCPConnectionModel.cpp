@@ -11,7 +11,7 @@ namespace kelvox {
 namespace {
 
 constexpr std::size_t linesAtOnce = 64;
-constexpr std::size_t longestQueue = 256 * 1024; // bytes waiting for one client
+constexpr std::size_t longestQueue = std::size_t{256} * 1024; // bytes waiting for one client
 constexpr std::size_t mostServerClients = 64;
 constexpr double stalledTimeout = 30; // seconds
 constexpr int longestPoll = 250; // milliseconds, so that time-outs are seen

@@ -166,14 +166,10 @@ ISOSubfieldDefinition::Number ISOSubfieldDefinition::binaryNumber(std::span<cons
     Number number;
     if (m_width > data.size() || m_width > 8)
         return number;
-    std::array<unsigned char, 8> bytes{};
-    if (m_width > 0)
-        std::memcpy(bytes.data(), data.data(), m_width);
-    if (m_format[0] == 'B')
-        std::reverse(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(m_width));
     std::uint64_t raw = 0;
-    for (std::size_t i = m_width; i > 0; --i)
-        raw = raw << 8U | bytes[i - 1];
+    const bool bigEndian = m_format[0] == 'B';
+    for (std::size_t i = 0; i < m_width; ++i)
+        raw = raw << 8U | static_cast<unsigned char>(data[bigEndian ? i : m_width - 1 - i]);
 
     const bool wholeWidth = m_width == 1 || m_width == 2 || m_width == 4;
     if (m_binaryFormat == 1 && wholeWidth) {

@@ -25,7 +25,14 @@ bool equalIgnoringCase(std::string_view a, std::string_view b)
 /// A decimal that counts bytes: negative ones are taken as none.
 std::size_t byteCount(std::string_view text)
 {
-    return static_cast<std::size_t>(std::max<std::int64_t>(isoDecimal(text), 0));
+    std::size_t value = 0; // digits only, as nearly every record has them
+    for (const char c : text) {
+        const auto digit = static_cast<unsigned>(c - '0');
+        if (digit > 9)
+            return static_cast<std::size_t>(std::max<std::int64_t>(isoDecimal(text), 0));
+        value = value * 10 + digit;
+    }
+    return value;
 }
 
 /// substr that gives an empty view instead of throwing.
@@ -100,6 +107,7 @@ void ISOModule::close()
     m_open = false;
     m_record = {};
     m_definitions.clear();
+    m_lastIndexes.clear();
     m_error.reset();
     m_bytes = {};
     m_offset = 0;
@@ -147,6 +155,17 @@ Result<void> ISOModule::readDefinitions()
     return {};
 }
 
+int ISOModule::definitionIndex(std::string_view tag, std::size_t place)
+{
+    // Records of a kind follow each other: most have the fields of the one before.
+    if (place >= m_lastIndexes.size())
+        m_lastIndexes.resize(place + 1, -1);
+    int& last = m_lastIndexes[place];
+    if (last < 0 || m_definitions[static_cast<std::size_t>(last)].tag() != tag)
+        last = definitionIndex(tag);
+    return last;
+}
+
 int ISOModule::definitionIndex(std::string_view tag) const
 {
     for (std::size_t i = 0; i < m_definitions.size(); ++i)
@@ -178,6 +197,8 @@ const ISORawRecord* ISOModule::readRecord()
     m_error.reset();
     if (!m_open)
         return nullptr;
+    if (m_file)
+        m_file->releaseBefore(m_offset);
 
     if (m_record.m_reuseLeader) {
         const auto area = slice(m_bytes, m_offset, m_record.m_fieldArea.size());
@@ -287,7 +308,7 @@ bool ISOModule::splitFields()
     for (std::size_t at = 0; at < directory.size() && directory[at] != isoFieldTerminator;
          at += entrySize) {
         const auto entry = directory.substr(at, entrySize);
-        const int index = definitionIndex(entry.substr(0, tagSize));
+        const int index = definitionIndex(entry.substr(0, tagSize), m_record.m_fields.size());
         if (entry.size() < entrySize || index < 0
             || m_record.m_fields.size() >= ISORawRecord::maximumFields) {
             stop(Error::Code::BadSyntax,

@@ -105,6 +105,7 @@ public:
 private:
     [[nodiscard]] Result<void> readDefinitions();
     [[nodiscard]] int definitionIndex(std::string_view tag) const;
+    [[nodiscard]] int definitionIndex(std::string_view tag, std::size_t place);
     const ISORawRecord* stop(Error::Code code, std::string message);
     bool readBody(std::size_t length, std::size_t fieldAreaOffset);
     bool readUnmeasuredBody();
@@ -117,6 +118,7 @@ private:
     std::size_t m_firstRecord = 0;
     ISOLeader m_leader;
     std::vector<ISOFieldDefinition> m_definitions;
+    std::vector<int> m_lastIndexes; ///< of the definitions at each place of the last directory
     ISORawRecord m_record;
     std::optional<Error> m_error;
 };

@@ -94,8 +94,8 @@ bool EditHistory::undo()
         return false;
     Step step = std::move(m_done.back());
     m_done.pop_back();
-    for (auto edit = step.rbegin(); edit != step.rend(); ++edit)
-        (*edit)->undo();
+    for (std::size_t i = step.size(); i > 0; --i)
+        step[i - 1]->undo();
     writeStateOf(step);
     m_undone.push_back(std::move(step));
     return true;

@@ -27,7 +27,7 @@ struct MagneticCoefficients {
 
     [[nodiscard]] const Term& term(int degree, int order) const
     {
-        return terms[static_cast<std::size_t>(degree * (degree + 1) / 2 - 1 + order)];
+        return terms[degree * (degree + 1) / 2 - 1 + order];
     }
 };
 extern const MagneticCoefficients magneticCoefficients2020;

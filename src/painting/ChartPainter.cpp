@@ -2,10 +2,10 @@
 
 #include "painting/PainterCanvas.h"
 #include "presentation/DisplayList.h"
+#include "raster/RasterRenderer.h"
 
 #include <algorithm>
 #include <array>
-#include <ranges>
 
 namespace kelvox {
 
@@ -41,6 +41,20 @@ std::vector<Portion> portionsOf(const ChartScene& scene, const Rect& box)
         }
     }
     return portions;
+}
+
+/// The raster charts in a band of rows that is empty so far.
+void drawRasters(const ChartScene& scene, const ViewFrame& frame, int top, const ArgbImage& band)
+{
+    std::vector<const BSBChart*> charts;
+    for (const auto& chart : scene.rasters)
+        charts.push_back(chart.get());
+    RasterRenderer::drawQuilt(
+        charts,
+        [&](Point pixel) {
+            return frame.positionOf({pixel.x, pixel.y + top});
+        },
+        scene.palette, band);
 }
 
 /// What one thread drew of one portion.
@@ -103,12 +117,21 @@ QImage ChartPainter::paint(const ChartScene& scene, const ViewFrame& frame,
     auto* pixels = reinterpret_cast<std::uint32_t*>(picture.bits());
     const int stride = static_cast<int>(picture.bytesPerLine() / 4);
     const int bands = std::clamp(frame.height / 64, 1, static_cast<int>(m_pool.size()) * 4);
-    const QRgb background = toQColor(RenderColors::from(scene.portrayal->colors).noDataColor).rgb();
+    const std::uint32_t background =
+        toQColor(RenderColors::from(scene.portrayal->colors).noDataColor).rgb();
     m_pool.forEach(static_cast<std::size_t>(bands), [&](std::size_t i) {
         const int top = static_cast<int>(i) * frame.height / bands;
         const int bottom = (static_cast<int>(i) + 1) * frame.height / bands;
         std::uint32_t* rows = pixels + static_cast<std::ptrdiff_t>(top) * stride;
-        std::fill(rows, rows + static_cast<std::ptrdiff_t>(bottom - top) * stride, background);
+        std::uint32_t* const end = rows + static_cast<std::ptrdiff_t>(bottom - top) * stride;
+        if (scene.rasters.empty()) {
+            std::fill(rows, end, background);
+        } else {
+            std::fill(rows, end, 0);
+            drawRasters(scene, frame, top,
+                        {{rows, end}, frame.width, bottom - top, static_cast<std::size_t>(stride)});
+            std::replace(rows, end, 0U, background);
+        }
         PainterCanvas canvas({rows, frame.width, bottom - top, stride}, top, *figures);
         for (const Drawn& part : drawn) {
             if (cancelled)

@@ -4,6 +4,7 @@
 #include "painting/FigureImages.h"
 #include "painting/WorkerPool.h"
 #include "presentation/S57ObjectRender.h"
+#include "raster/BSBChart.h"
 #include "s57/CellGeometry.h"
 
 #include <QImage>
@@ -19,6 +20,9 @@ namespace kelvox {
 struct ChartScene {
     /// The best for the view first; drawn from the last to the first, so the first lies on top.
     std::vector<std::shared_ptr<const CellGeometry>> cells;
+    /// Raster charts, best first; they lie beneath the cells.
+    std::vector<std::shared_ptr<const BSBChart>> rasters;
+    PaletteScheme palette = PaletteScheme::Day; ///< of the raster charts
     std::shared_ptr<const Portrayal> portrayal = std::make_shared<const Portrayal>();
     RenderSettings settings;
 };

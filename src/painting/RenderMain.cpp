@@ -3,11 +3,13 @@
 
 #include "base/Folders.h"
 #include "painting/ChartPainter.h"
+#include "painting/GribPainter.h"
 #include "presentation/S52Lookup.h"
 #include "s57/S57CellLoader.h"
 
 #include <CLI/CLI.hpp>
 #include <QGuiApplication>
+#include <QLoggingCategory>
 
 #include <cstdio>
 #include <mutex>
@@ -25,6 +27,7 @@ struct Options {
     std::string palette = "day";
     double dpi = S57Controller::maximumDpi;
     bool noUpdates = false;
+    std::string grib;
     std::vector<std::string> paths;
 };
 
@@ -61,12 +64,51 @@ int fail(const std::string& message)
     return 1;
 }
 
+bool isRaster(const std::filesystem::path& path)
+{
+    return QString::fromStdString(path.extension().string()).compare(u".kap", Qt::CaseInsensitive)
+        == 0;
+}
+
+/// Raster charts among what was named and in its folders, finest first.
+std::vector<std::shared_ptr<const BSBChart>> loadRasters(const Options& options,
+                                                         std::vector<Error>& problems)
+{
+    std::vector<std::filesystem::path> paths;
+    for (const std::filesystem::path named : options.paths) {
+        std::error_code error;
+        if (isRaster(named))
+            paths.push_back(named);
+        else if (std::filesystem::is_directory(named, error))
+            for (const auto& entry : std::filesystem::recursive_directory_iterator(named, error))
+                if (isRaster(entry.path()))
+                    paths.push_back(entry.path());
+    }
+    std::ranges::sort(paths);
+    std::vector<std::shared_ptr<const BSBChart>> charts;
+    for (const auto& path : paths) {
+        auto chart = std::make_shared<BSBChart>();
+        auto loaded = chart->loadHeader(path);
+        if (loaded)
+            loaded = chart->loadChart();
+        if (!loaded)
+            problems.push_back(loaded.error());
+        else if (!chart->hasCalibration())
+            problems.push_back({Error::Code::Unsupported, path.string() + ": has no place", 0});
+        else
+            charts.push_back(std::move(chart));
+    }
+    std::ranges::stable_sort(charts, {}, [](const auto& chart) { return chart->scale(); });
+    return charts;
+}
+
 /// Loads all cells on the pool; those that fail are reported and left out.
 std::vector<std::shared_ptr<const CellGeometry>> loadCells(const Options& options, WorkerPool& pool,
                                                            std::vector<Error>& problems)
 {
-    const auto paths =
-        S57CellLoader::findCells({options.paths.begin(), options.paths.end()}, problems);
+    std::vector<std::filesystem::path> named(options.paths.begin(), options.paths.end());
+    std::erase_if(named, isRaster);
+    const auto paths = S57CellLoader::findCells(named, problems);
     std::vector<std::shared_ptr<const CellGeometry>> cells(paths.size());
     std::mutex mutex;
     pool.forEach(paths.size(), [&](std::size_t i) {
@@ -93,10 +135,16 @@ int render(const Options& options, PictureSize size, const std::optional<Positio
     std::vector<Error> problems;
     ChartScene scene;
     scene.cells = loadCells(options, pool, problems);
+    scene.rasters = loadRasters(options, problems);
     for (const auto& problem : problems)
         fail(problem.message);
-    if (scene.cells.empty())
-        return problems.empty() ? fail("no cells in what was named") : 1;
+    if (scene.cells.empty() && scene.rasters.empty())
+        return problems.empty() ? fail("no charts in what was named") : 1;
+    const UnitsModel units;
+    GribModel forecast(units);
+    if (!options.grib.empty())
+        if (const auto loaded = forecast.loadGrib(options.grib); !loaded)
+            return fail(loaded.error().message);
 
     S52Model library({folders::applicationResources(), folders::userData()});
     S52Render presentation(library);
@@ -107,9 +155,15 @@ int render(const Options& options, PictureSize size, const std::optional<Positio
     pool.forEach(scene.cells.size(),
                  [&](std::size_t i) { S52Lookup::setS52Lupts(scene.cells[i]->cell(), library); });
 
+    scene.palette = options.palette == "day" ? PaletteScheme::Day
+        : options.palette == "dusk"          ? PaletteScheme::Dusk
+                                             : PaletteScheme::Night;
+
     Rect bounds;
     for (const auto& geometry : scene.cells)
         bounds.include(geometry->cell().bounds());
+    for (const auto& chart : scene.rasters)
+        bounds.include(chart->extents());
     if (bounds.isEmpty())
         return fail("nothing to show in " + options.paths.front());
     // View points count at most 66 to the inch; a finer output has several pixels for each.
@@ -121,7 +175,12 @@ int render(const Options& options, PictureSize size, const std::optional<Positio
     frame = ViewFrame::at(middle, options.scale > 0 ? options.scale : frame.view.scale(),
                           options.rotate, size.width, size.height, pixelsPerPoint, dpi);
 
-    const QImage picture = ChartPainter(pool).paint(scene, frame);
+    QImage picture = ChartPainter(pool).paint(scene, frame);
+    if (!options.grib.empty() && !picture.isNull()) {
+        QPainter painter(&picture);
+        paintGrib(painter, GribController(forecast), frame,
+                  RenderColors::from(scene.portrayal->colors).coverageColor);
+    }
     if (picture.isNull() || !picture.save(QString::fromStdString(options.output)))
         return fail(options.output + ": cannot be written");
     return problems.empty() ? 0 : 1;
@@ -144,7 +203,8 @@ int main(int argc, char** argv)
     app.add_option("--dpi", options.dpi, "Pixels per inch of the picture")
         ->check(CLI::Range(10.0, 1200.0));
     app.add_flag("--no-updates", options.noUpdates, "Leave the update files beside a cell");
-    app.add_option("paths", options.paths, "Cells, catalogues or folders")->required();
+    app.add_option("--grib", options.grib, "A weather file to draw over the charts");
+    app.add_option("paths", options.paths, "Cells, catalogues, KAP files or folders")->required();
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
@@ -159,6 +219,8 @@ int main(int argc, char** argv)
     }
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (!qEnvironmentVariableIsSet("XDG_RUNTIME_DIR"))
+        QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false")); // of no use here
     const QGuiApplication gui(argc, argv);
     return render(options, *size, center);
 }

@@ -27,6 +27,15 @@ bool isValidStatus(std::string_view status)
     return status.front() != 'V' && NMEA::integer(status) != 0;
 }
 
+/// Empty also for figures that no place on earth has: what is out of range is stored as it came.
+std::string coordinateText(NSPositionFormatter::Orientation orientation, double degrees,
+                           const Strings& strings)
+{
+    if (std::abs(degrees) > 180)
+        return {};
+    return NSPositionFormatter(orientation, strings).stringForObjectValue(degrees);
+}
+
 } // namespace
 
 GPSController::GPSController(const Services& services)
@@ -144,14 +153,12 @@ float GPSController::vmg() const
 
 std::string GPSController::latitude() const
 {
-    return NSPositionFormatter(NSPositionFormatter::Latitude, m_services.strings)
-        .stringForObjectValue(m_position.latitude);
+    return coordinateText(NSPositionFormatter::Latitude, m_position.latitude, m_services.strings);
 }
 
 std::string GPSController::longitude() const
 {
-    return NSPositionFormatter(NSPositionFormatter::Longitude, m_services.strings)
-        .stringForObjectValue(m_position.longitude);
+    return coordinateText(NSPositionFormatter::Longitude, m_position.longitude, m_services.strings);
 }
 
 std::string GPSController::sog() const

@@ -21,12 +21,12 @@ float orUnknown(std::optional<float> value)
     return value.value_or(static_cast<float>(noValue));
 }
 
-/// A position of two field pairs from the given index on; unknown unless both are good.
+/// A position of two field pairs from the given index on; unknown unless it is one on earth.
 Position positionAt(const NmeaFields& fields, std::size_t index)
 {
     const Position position{.longitude = NMEA::position(fields[index + 2], fields[index + 3]),
                             .latitude = NMEA::position(fields[index], fields[index + 1])};
-    const bool good = position.longitude != noCoordinate && position.latitude != noCoordinate;
+    const bool good = std::abs(position.longitude) <= 180 && std::abs(position.latitude) <= 90;
     return good ? position : Position{};
 }
 

@@ -49,6 +49,7 @@ std::vector<std::string> routeSentences(const SteeringTarget& target)
             lists.back().append(",").append(name);
     }
     std::vector<std::string> sentences;
+    sentences.reserve(lists.size());
     for (const auto& list : lists)
         sentences.push_back(
             fmt::format("$GPRTE,{},{},c,{},{}", lists.size(), sentences.size() + 1, route, list));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 
 namespace kelvox {
@@ -12,9 +13,9 @@ struct DisplayColor {
     std::uint8_t alpha = 255;
 
     /// The same colour at an opacity of 0 to 1.
-    [[nodiscard]] constexpr DisplayColor withOpacity(double opacity) const
+    [[nodiscard]] DisplayColor withOpacity(double opacity) const
     {
-        return {red, green, blue, static_cast<std::uint8_t>(opacity * 255 + 0.5)};
+        return {red, green, blue, static_cast<std::uint8_t>(std::lround(opacity * 255))};
     }
     friend constexpr bool operator==(const DisplayColor&, const DisplayColor&) = default;
 };

@@ -189,7 +189,9 @@ void S52Model::load(const std::vector<std::string>& lines)
     createModules(lines);
     processModules();
     m_s52ModulesArray.clear();
-    m_report.unknownNames = findUnknownNames();
+    // Without a library one problem says it all.
+    if (!m_s52SymbDictionary.empty() || !m_s52ColsDictionary.empty())
+        m_report.unknownNames = findUnknownNames();
 }
 
 void S52Model::createModules(const std::vector<std::string>& lines)

@@ -6,7 +6,6 @@
 #include "presentation/S52Lupt.h"
 #include "presentation/S52Module.h"
 
-#include <atomic>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -114,9 +113,8 @@ private:
     LineStyles m_s52LnstDictionary;
     Patterns m_s52PattDictionary;
     Symbols m_s52SymbDictionary;
-    // Read by the threads that load cells.
-    std::atomic<bool> m_useSymbolizedAreaBoundaries = false;
-    std::atomic<bool> m_usePaperChartSymbols = true;
+    bool m_useSymbolizedAreaBoundaries = false;
+    bool m_usePaperChartSymbols = true;
 };
 
 } // namespace kelvox

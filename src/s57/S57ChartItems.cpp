@@ -7,6 +7,7 @@
 #include <bit>
 #include <cctype>
 #include <cmath>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace kelvox {
@@ -63,11 +64,13 @@ void S57ChartItems::addS57Vector(S57Vector&& vector)
     // Deleted ones stay stored and modified ones were changed in place, on purpose.
     if (vector.recordUpdate() != insertRecord)
         return;
-    S57Vector*& stored = m_vectorByKey[vector.recordKey()];
-    if (stored)
-        *stored = std::move(vector);
-    else
-        stored = &m_vectors.emplace_back(std::move(vector));
+    const std::uint32_t stored = m_vectorByKey.find(vector.recordKey());
+    if (stored != RecordMap::none) {
+        m_vectors[stored] = std::move(vector);
+        return;
+    }
+    m_vectorByKey.set(vector.recordKey(), static_cast<std::uint32_t>(m_vectors.size()));
+    m_vectors.push_back(std::move(vector));
 }
 
 void S57ChartItems::addS57Feature(const std::shared_ptr<const S57CatalogRecord>& base,
@@ -76,15 +79,14 @@ void S57ChartItems::addS57Feature(const std::shared_ptr<const S57CatalogRecord>&
     if (!m_catalogRecord)
         m_catalogRecord = base;
     if (feature->recordUpdate() == deleteRecord) {
-        const auto stored = m_featureByKey.find(feature->recordKey());
-        if (stored == m_featureByKey.end())
+        const std::uint32_t place = m_featureByKey.find(feature->recordKey());
+        if (place == RecordMap::none)
             return;
-        const std::uint32_t place = stored->second;
-        const auto named = m_featureByIdentification.find(identificationKey(
-            m_features[place]->identification(), m_features[place]->identificationSubdivision()));
-        if (named != m_featureByIdentification.end() && named->second == place)
-            m_featureByIdentification.erase(named);
-        m_featureByKey.erase(stored);
+        const auto identification = identificationKey(
+            m_features[place]->identification(), m_features[place]->identificationSubdivision());
+        if (m_featureByIdentification.find(identification) == place)
+            m_featureByIdentification.erase(identification);
+        m_featureByKey.erase(feature->recordKey());
         m_features[place].reset();
         return;
     }
@@ -95,8 +97,8 @@ void S57ChartItems::addS57Feature(const std::shared_ptr<const S57CatalogRecord>&
         return;
     feature->setDescription(description);
     const auto place = static_cast<std::uint32_t>(m_features.size());
-    m_featureByKey.insert_or_assign(feature->recordKey(), place);
-    m_featureByIdentification.insert_or_assign(
+    m_featureByKey.set(feature->recordKey(), place);
+    m_featureByIdentification.set(
         identificationKey(feature->identification(), feature->identificationSubdivision()), place);
     S57ObjectCatalogue::s57ObjectCreateForFeature(*feature, *this);
     m_features.push_back(std::move(feature));
@@ -104,33 +106,34 @@ void S57ChartItems::addS57Feature(const std::shared_ptr<const S57CatalogRecord>&
 
 S57Feature* S57ChartItems::s57FeatureForS57Feature(const S57Feature& feature)
 {
-    const auto it = m_featureByKey.find(feature.recordKey());
-    return it == m_featureByKey.end() ? nullptr : m_features[it->second].get();
+    const std::uint32_t place = m_featureByKey.find(feature.recordKey());
+    return place == RecordMap::none ? nullptr : m_features[place].get();
 }
 
 S57Vector* S57ChartItems::s57VectorForS57Vector(const S57Vector& vector)
 {
-    const auto it = m_vectorByKey.find(vector.recordKey());
-    return it == m_vectorByKey.end() ? nullptr : it->second;
+    const std::uint32_t place = m_vectorByKey.find(vector.recordKey());
+    return place == RecordMap::none ? nullptr : &m_vectors[place];
 }
 
 const S57Vector* S57ChartItems::s57VectorForKey(std::uint64_t recordKey) const
 {
-    const auto it = m_vectorByKey.find(recordKey);
-    return it == m_vectorByKey.end() ? nullptr : it->second;
+    const std::uint32_t place = m_vectorByKey.find(recordKey);
+    return place == RecordMap::none ? nullptr : &m_vectors[place];
 }
 
 const S57Feature* S57ChartItems::s57FeatureForKey(std::uint64_t recordKey) const
 {
-    const auto it = m_featureByKey.find(recordKey);
-    return it == m_featureByKey.end() ? nullptr : m_features[it->second].get();
+    const std::uint32_t place = m_featureByKey.find(recordKey);
+    return place == RecordMap::none ? nullptr : m_features[place].get();
 }
 
 const S57Feature* S57ChartItems::s57FeatureForIdentification(std::uint32_t identification,
                                                              int subdivision) const
 {
-    const auto it = m_featureByIdentification.find(identificationKey(identification, subdivision));
-    return it == m_featureByIdentification.end() ? nullptr : m_features[it->second].get();
+    const std::uint32_t place =
+        m_featureByIdentification.find(identificationKey(identification, subdivision));
+    return place == RecordMap::none ? nullptr : m_features[place].get();
 }
 
 void S57ChartItems::assemble()
@@ -140,8 +143,8 @@ void S57ChartItems::assemble()
         m_featureByIdentification.clear();
         for (std::uint32_t place = 0; place < m_features.size(); ++place) {
             const S57Feature& feature = *m_features[place];
-            m_featureByKey.insert_or_assign(feature.recordKey(), place);
-            m_featureByIdentification.insert_or_assign(
+            m_featureByKey.set(feature.recordKey(), place);
+            m_featureByIdentification.set(
                 identificationKey(feature.identification(), feature.identificationSubdivision()),
                 place);
         }

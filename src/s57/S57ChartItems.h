@@ -1,11 +1,11 @@
 #pragma once
 
 #include "base/Rect.h"
+#include "s57/RecordMap.h"
 #include "s57/S57CatalogRecord.h"
 #include "s57/S57Feature.h"
 
 #include <deque>
-#include <unordered_map>
 
 namespace kelvox {
 
@@ -95,11 +95,11 @@ private:
 
     Parameters m_parameters;
     std::shared_ptr<const S57CatalogRecord> m_catalogRecord;
-    std::deque<S57Vector> m_vectors; ///< stable places; the map says which of them count
-    std::unordered_map<std::uint64_t, S57Vector*> m_vectorByKey;
+    std::deque<S57Vector> m_vectors; ///< stable places
+    RecordMap m_vectorByKey;
     std::vector<std::unique_ptr<S57Feature>> m_features; ///< a deleted one is null until assemble()
-    std::unordered_map<std::uint64_t, std::uint32_t> m_featureByKey; ///< place in m_features
-    std::unordered_map<std::uint64_t, std::uint32_t> m_featureByIdentification;
+    RecordMap m_featureByKey;
+    RecordMap m_featureByIdentification;
     std::vector<S57Object*> m_objects;
     std::unique_ptr<Path> m_coveragePath;
     Rect m_bounds;

@@ -131,7 +131,8 @@ void S57Feature::addS57FeatureAttribute(std::uint16_t code, std::string value)
             return;
         }
     }
-    m_attributes.emplace_back(code, std::move(value));
+    if (m_attributes.size() < maximumAttributes)
+        m_attributes.emplace_back(code, std::move(value));
 }
 
 const S57FeatureAttribute* S57Feature::featureAttributeCode(int code) const

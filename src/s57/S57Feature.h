@@ -72,6 +72,8 @@ public:
     static constexpr int point = 1;
     static constexpr int line = 2;
     static constexpr int area = 3;
+    /// A feature keeps no more; the catalogue has about two hundred.
+    static constexpr std::size_t maximumAttributes = 4'096;
 
     S57Feature();
     ~S57Feature();
@@ -139,7 +141,10 @@ public:
     // All elements of one field at once.
     void addSpatials(std::span<const S57FeatureSpatial> spatials);
     void addRecords(std::span<const S57FeatureRecord> records);
-    void reserveAttributes(std::size_t count) { m_attributes.reserve(count); }
+    void reserveAttributes(std::size_t count)
+    {
+        m_attributes.reserve(std::min(count, maximumAttributes));
+    }
 
     [[nodiscard]] bool hasName() const;
     /// Whether the class is an aid to navigation: its name is a mark's name.

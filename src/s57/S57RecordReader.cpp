@@ -141,6 +141,16 @@ S57RecordReader::FieldPlan S57RecordReader::planOf(const ISOFieldDefinition& def
     for (const auto& subfield : definition.subfields()) {
         plan.subfields.push_back(
             static_cast<SubfieldCode>(codeOf(subfieldLabels, subfield.label())));
+        Step step{plan.subfields.back(), Form::Other, static_cast<std::uint8_t>(subfield.width())};
+        if (subfield.format() == "b11")
+            step.form = Form::Unsigned1;
+        else if (subfield.format() == "b12")
+            step.form = Form::Unsigned2;
+        else if (subfield.format() == "b14")
+            step.form = Form::Unsigned4;
+        else if (subfield.dataType() == ISODataType::BinaryString && subfield.width() < 256)
+            step.form = Form::Bytes;
+        plan.steps.push_back(step);
         plain = plain && subfield.format() == "b24";
     }
     using enum SubfieldCode;
@@ -207,36 +217,70 @@ void S57RecordReader::readField(const ISORawField& field)
 void S57RecordReader::readRow(const ISOFieldDefinition& definition, const FieldPlan& plan,
                               std::span<const char>& left)
 {
-    m_row = {};
-    const auto& subfields = definition.subfields();
-    for (std::size_t i = 0; i < subfields.size(); ++i) {
-        const ISOSubfieldDefinition& subfield = subfields[i];
-        Value& target = m_row[static_cast<std::size_t>(plan.subfields[i])];
-        std::size_t consumed = 0;
-        switch (subfield.dataType()) {
-        case ISODataType::Int: {
-            const std::int64_t number = subfield.extractInt(left, consumed);
-            if (subfield.binaryFormat() == 1)
-                target.whole = static_cast<std::uint32_t>(number);
-            else
-                target.number = static_cast<std::int32_t>(number);
-            break;
-        }
-        case ISODataType::Float:
-            consumed = subfield.dataLength(left).consumed; // stepped over, never used
-            break;
-        case ISODataType::String: {
-            const auto text = subfield.extractString(left, consumed);
-            target.text = text.substr(0, text.find('\0'));
-            break;
-        }
-        case ISODataType::BinaryString:
-            target.text = subfield.extractString(left, consumed);
-            break;
-        }
-        target.present = true;
-        left = left.subspan(std::min(consumed, left.size()));
+    // Each row sets all values of its field; only those of the field before it must go.
+    if (m_rowPlan != &plan) {
+        if (m_rowPlan)
+            for (const SubfieldCode code : m_rowPlan->subfields)
+                m_row[static_cast<std::size_t>(code)] = {};
+        m_rowPlan = &plan;
     }
+    const auto unsignedOf = [&](std::size_t width) {
+        std::uint32_t number = 0;
+        std::memcpy(&number, left.data(), width); // little-endian like the machines we build for
+        return number;
+    };
+    for (std::size_t i = 0; i < plan.steps.size(); ++i) {
+        const Step& step = plan.steps[i];
+        Value& target = m_row[static_cast<std::size_t>(step.code)];
+        target.present = true;
+        if (step.form == Form::Other || left.size() < step.width) {
+            readOther(definition.subfields()[i], left, target);
+            continue;
+        }
+        switch (step.form) {
+        case Form::Unsigned1:
+            target.whole = unsignedOf(1);
+            break;
+        case Form::Unsigned2:
+            target.whole = unsignedOf(2);
+            break;
+        case Form::Unsigned4:
+            target.whole = unsignedOf(4);
+            break;
+        default:
+            target.text = {left.data(), step.width};
+            break;
+        }
+        left = left.subspan(step.width);
+    }
+}
+
+void S57RecordReader::readOther(const ISOSubfieldDefinition& subfield, std::span<const char>& left,
+                                Value& target)
+{
+    std::size_t consumed = 0;
+    switch (subfield.dataType()) {
+    case ISODataType::Int: {
+        const std::int64_t number = subfield.extractInt(left, consumed);
+        if (subfield.binaryFormat() == 1)
+            target.whole = static_cast<std::uint32_t>(number);
+        else
+            target.number = static_cast<std::int32_t>(number);
+        break;
+    }
+    case ISODataType::Float:
+        consumed = subfield.dataLength(left).consumed; // stepped over, never used
+        break;
+    case ISODataType::String: {
+        const auto text = subfield.extractString(left, consumed);
+        target.text = text.substr(0, text.find('\0'));
+        break;
+    }
+    case ISODataType::BinaryString:
+        target.text = subfield.extractString(left, consumed);
+        break;
+    }
+    left = left.subspan(std::min(consumed, left.size()));
 }
 
 void S57RecordReader::applyRow(FieldCode field)
@@ -305,11 +349,14 @@ void S57RecordReader::applyRow(FieldCode field)
         break;
     }
     case FieldCode::SG2D:
-        addCoordinate(value(YCOO).number, value(XCOO).number);
+        if (value(XCOO).present)
+            addCoordinate(value(YCOO).number, value(XCOO).number);
         break;
     case FieldCode::SG3D:
-        addCoordinate(value(YCOO).number, value(XCOO).number);
-        addDepth(value(VE3D).number);
+        if (value(VE3D).present) {
+            addCoordinate(value(YCOO).number, value(XCOO).number);
+            addDepth(value(VE3D).number);
+        }
         break;
     default:
         break;

@@ -29,9 +29,17 @@ private:
         std::string_view text;
         bool present = false;
     };
+    /// How a subfield is read; the forms that S-57 uses most have a short way.
+    enum class Form : std::uint8_t { Unsigned1, Unsigned2, Unsigned4, Bytes, Other };
+    struct Step {
+        SubfieldCode code{};
+        Form form = Form::Other;
+        std::uint8_t width = 0; ///< bytes; of Other none
+    };
     struct FieldPlan {
         FieldCode field{};
         std::vector<SubfieldCode> subfields;
+        std::vector<Step> steps; ///< beside the subfields
         bool plainCoordinates = false; ///< rows of 4-byte YCOO, XCOO and, for soundings, VE3D
     };
     [[nodiscard]] FieldPlan planOf(const ISOFieldDefinition& definition) const;
@@ -40,6 +48,8 @@ private:
         return m_row[static_cast<std::size_t>(code)];
     }
     void readField(const ISORawField& field);
+    static void readOther(const ISOSubfieldDefinition& subfield, std::span<const char>& left,
+                          Value& target);
     void readRow(const ISOFieldDefinition& definition, const FieldPlan& plan,
                  std::span<const char>& left);
     void applyRow(FieldCode field);
@@ -56,6 +66,7 @@ private:
     S57ChartItems& m_cell;
     std::vector<FieldPlan> m_plans; ///< beside the module's definitions
     std::array<Value, subfieldCodes> m_row;
+    const FieldPlan* m_rowPlan = nullptr; ///< whose values stand in m_row
 
     // What the current record fills: a new object of ours or, for a modification, a stored one.
     std::unique_ptr<S57Feature> m_newFeature;

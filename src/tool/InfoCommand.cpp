@@ -1,11 +1,14 @@
 #include "iso8211/ISOModule.h"
+#include "raster/BSBChart.h"
 #include "s57/ISO8211Wrap.h"
 #include "s57/S57CellLoader.h"
 #include "s57/S57ObjectCatalogue.h"
 #include "tool/Command.h"
+#include "tool/RasterInfo.h"
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <map>
 
 namespace kelvox {
@@ -18,7 +21,7 @@ struct InfoOptions {
     bool noUpdates = false;
 };
 
-void print(const Json& json)
+template <typename AnyJson> void print(const AnyJson& json)
 {
     // Bytes that are no UTF-8 stand as the replacement character instead of ending the tool.
     std::puts(json.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
@@ -98,6 +101,33 @@ void printCell(Tool& tool, const std::filesystem::path& path, bool noUpdates)
         tool.fail(loaded.error().message);
 }
 
+bool isRaster(const std::filesystem::path& path)
+{
+    const std::string extension = path.extension().string();
+    return extension == ".KAP" || extension == ".kap";
+}
+
+void printRaster(Tool& tool, const std::filesystem::path& path)
+{
+    BSBChart chart;
+    if (const auto read = chart.loadHeader(path))
+        print(rasterInfo(chart));
+    else
+        tool.fail(read.error().message);
+}
+
+/// Raster charts below a folder, in order of their paths.
+std::vector<std::filesystem::path> rastersIn(const std::filesystem::path& folder)
+{
+    std::vector<std::filesystem::path> found;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, error))
+        if (isRaster(entry.path()))
+            found.push_back(entry.path());
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
 void runInfo(Tool& tool, const InfoOptions& options)
 {
     for (const std::string& name : options.paths) {
@@ -105,12 +135,19 @@ void runInfo(Tool& tool, const InfoOptions& options)
             printCatalog(tool, name);
             continue;
         }
+        if (isRaster(name)) {
+            printRaster(tool, name);
+            continue;
+        }
+        const auto rasters = rastersIn(name);
+        for (const auto& path : rasters)
+            printRaster(tool, path);
         std::vector<Error> problems;
         const auto cells = S57CellLoader::findCells({name}, problems);
         for (const auto& problem : problems)
             tool.fail(problem.message);
-        if (cells.empty() && problems.empty())
-            tool.fail(name + ": no cells here");
+        if (cells.empty() && rasters.empty() && problems.empty())
+            tool.fail(name + ": no charts here");
         for (const auto& path : cells)
             printCell(tool, path, options.noUpdates);
     }
@@ -156,7 +193,7 @@ void runDump(Tool& tool, const std::string& path)
             }
             fields.push_back({{"tag", field.name()}, {"rows", std::move(rows)}});
         }
-        print({{"fields", std::move(fields)}});
+        print(Json {{"fields", std::move(fields)}});
     }
     if (const Error* error = module.lastError())
         tool.fail(path + ": " + error->message + " at byte " + std::to_string(error->offset));

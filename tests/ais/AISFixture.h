@@ -9,7 +9,7 @@
 namespace kelvox {
 
 /// Alarms that write down what was asked of them.
-class RecordedAlarms final : public Alarms {
+class RecordedAlarms : public Alarms {
 public:
     void beep() override { calls.emplace_back("beep"); }
     void playSound(const std::string& name) override { calls.push_back("play " + name); }
@@ -23,37 +23,38 @@ public:
     std::vector<std::string> calls;
 };
 
-/// A controller with everything around it, its connection open.
-struct AISBench {
-    InlineExecutor main;
-    AISStation::IdleQueue idle;
-    ManualClock clock{std::chrono::sys_days{std::chrono::year{2024} / 5 / 1}};
-    MemorySettings settings;
-    RecordedAlarms alarms;
-    Compass compass;
-    AISModel model{clock};
-    AISController controller{{.main = main,
-                              .idle = idle,
-                              .clock = clock,
-                              .settings = settings,
-                              .strings = aisStrings(),
-                              .alarms = alarms,
-                              .compass = compass,
-                              .model = model}};
-
-    AISBench() { controller.setConnectionOpen(true); }
+/// A station whose alarms are recorded, and short words for what happens to it.
+struct AISBench : private RecordedAlarms, public AISStation {
+    AISBench()
+        : AISStation(this)
+    {
+    }
+    std::vector<std::string>& alarmCalls() { return calls; }
     void feed(const std::string& line) { controller.processRawSentence(line); }
     /// Feeds a sentence without its checksum.
     void sentence(const std::string& text) { feed(AISWriter::checked(text)); }
     /// A class A vessel at the place, degrees.
     AISPosition& vessel(std::uint32_t mmsi, double longitude, double latitude)
     {
-        feed(RawReport{.mmsi = mmsi,
-                       .longitude = RawReport::raw(longitude),
-                       .latitude = RawReport::raw(latitude)}
-                 .classA()
-                 .sentence());
+        RawReport raw{.mmsi = mmsi};
+        raw.longitude = RawReport::raw(longitude);
+        raw.latitude = RawReport::raw(latitude);
+        feed(raw.classA().sentence());
         return *model.find(static_cast<std::int32_t>(mmsi));
+    }
+    /// "longitude latitude sog cog hdg" of the first target, "-" for what is not known.
+    [[nodiscard]] std::string first() const
+    {
+        if (model.count() == 0)
+            return "nothing";
+        const auto& target = model.aisPosition(0);
+        const auto text = [](double value, int digits) {
+            const bool known = isKnown(value) && value != noCoordinate;
+            return known ? fmt::format("{:.{}f}", value, digits) : "-";
+        };
+        const auto place = target.positionOnGPS();
+        return fmt::format("{} {} {} {} {}", text(place.longitude, 4), text(place.latitude, 4),
+                           text(target.sog(), 1), text(target.cog(), 1), text(target.hdg(), 0));
     }
 };
 

@@ -18,7 +18,11 @@ using State = ConnectionStatus::State;
 /// A reader with a consumer that hands every line to the main thread, as the real ones do.
 class Reading : public ReaderThread::Owner {
 public:
-    Reading() { reader.start(); }
+    explicit Reading(bool connects = false)
+        : atStart(connects)
+    {
+        reader.start();
+    }
     ~Reading() override
     {
         main.close();
@@ -55,7 +59,7 @@ public:
     ThreadClock clock;
     PseudoTerminal line;
     PortPlan plan{.port = line.path(), .rate = "4800"};
-    bool atStart = false;
+    bool atStart;
     bool ended = false;
     int closed = 0;
     std::vector<std::string> failures, monitor, lines;
@@ -81,6 +85,12 @@ TEST(ReaderThread, LinesAreCutAndDelivered)
     reading.reader.retryNow();
     reading.reader.request(ReaderThread::Command::Clear);
     EXPECT_FALSE(reading.reader.isOpen()) << "the user's choice stands";
+}
+
+TEST(ReaderThread, ConnectsAtStartWhenTheSettingSaysSo)
+{
+    Reading reading(true);
+    EXPECT_TRUE(reading.comesToBe(State::Open));
 }
 
 TEST(ReaderThread, RefusedPortIsTriedAgainEverLater)

@@ -2,10 +2,14 @@
 
 #include "navigation/NavMath.h"
 #include "positioning/Damper.h"
+#include "positioning/OwnVessel.h"
+#include "support/RealData.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <fstream>
+#include <map>
 
 namespace kelvox {
 namespace {
@@ -70,6 +74,8 @@ TEST(GPSController, AcceptsAndRefusesFixes)
     Vessel edge;
     edge.take("$GPGLL,5230.000,N,18000.000,E,123456,A");
     EXPECT_EQ(edge.gps.position().longitude, 180) << "stored all the same";
+    edge.take("$GPGLL,5950000000000002.799,N,01039.600,E");
+    EXPECT_EQ(edge.gps.latitude(), "") << "a figure too large to be written as degrees";
 }
 
 TEST(GPSController, DropsWhatIsNotForIt)
@@ -204,6 +210,7 @@ TEST(GPSController, WaypointAndRouteSentences)
     Vessel vessel;
     vessel.take("$GPRMB,A,0.66,L,003,004,4917.24,N,12309.57,W,001.3,052.5,000.5,V");
     vessel.take("$GPWPL,4917.160,N,12310.640,W,003");
+    vessel.take("$GPWPL,9917.160,N,12310.640,W,004"); // beyond the pole
     vessel.take("$GPXTE,A,A,0.67,R,N");
     vessel.take("$GPRTE,2,1,c,0,W3IWI,DRIVWY");
     vessel.take("$GPBOD,045.0,T,023.3,M,DEST,START");
@@ -270,6 +277,23 @@ TEST(GPSController, TrackPointsCarryTheInstrumentsLastValues)
     EXPECT_FLOAT_EQ(vessel.track[0].depthFeet, 30.5F);
     EXPECT_FLOAT_EQ(vessel.track[0].headingDegrees, 123);
     EXPECT_FLOAT_EQ(vessel.track[0].temperatureF, -1000);
+}
+
+TEST(GPSController, RealLogEndsWhereItsLastSentencesSay)
+{
+    const auto path = realData("nmea/plaka.log");
+    if (!path)
+        GTEST_SKIP() << "KELVOX_DATA is not set";
+    const SystemClock clock;
+    OwnVessel vessel(clock);
+    std::ifstream log(*path, std::ios::binary);
+    std::string line;
+    std::map<std::string_view, int> reasons;
+    while (std::getline(log, line))
+        ++reasons[vessel.gps.processRawSentence(line + '\n').reason];
+    EXPECT_EQ(reasons.size(), 2U) << "each is accepted or not known, none is dropped";
+    EXPECT_NEAR(vessel.gps.position().latitude, 59.85567, 1e-5);
+    EXPECT_NEAR(vessel.gps.position().longitude, 23.39902, 1e-5);
 }
 
 } // namespace

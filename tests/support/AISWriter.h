@@ -18,7 +18,7 @@ public:
     AISWriter& add(std::int64_t value, unsigned count)
     {
         for (unsigned bit = count; bit > 0; --bit)
-            m_bits.push_back(value >> (bit - 1) & 1);
+            m_bits.push_back(bit <= 64 && (value >> (bit - 1) & 1));
         return *this;
     }
     /// Text in the six-bit alphabet, padded with "@".

@@ -19,7 +19,8 @@ struct SmallCell {
         const S57CellWriter::Line middle{south, {10.501, 59.48}, {10.499, 59.52}, north};
         const S57CellWriter::Line back(middle.rbegin(), middle.rend());
         // The edge in the middle is drawn three times: by both areas and by the contour.
-        const auto joined = [&](const S57CellWriter::Line& around, const S57CellWriter::Line& shared) {
+        const auto joined = [&](const S57CellWriter::Line& around,
+                                const S57CellWriter::Line& shared) {
             auto spatials = writer.edges(around);
             const auto inner = writer.edges(shared);
             spatials.insert(spatials.end(), inner.begin(), inner.end());

@@ -153,14 +153,13 @@ std::vector<QImage> ContactSheet::pages(const std::vector<const S52Item*>& items
         painter.setRenderHint(QPainter::Antialiasing);
         painter.setFont(font);
         for (std::size_t i = 0; i < count; ++i) {
-            const S52Item item = *items[first + i]; // built for one scheme after the other
-            S52Item shown = item;
+            S52Item shown = *items[first + i]; // built for one scheme after the other
             const int column = static_cast<int>(i) % cell.columns;
             const int row = static_cast<int>(i) / cell.columns;
             const QPoint corner(margin + column * cellWidth, margin + row * cellHeight);
             painter.setPen(Qt::black);
             painter.drawText(corner + QPoint(0, nameHeight - 4),
-                             QString::fromStdString(item.nmString));
+                             QString::fromStdString(shown.nmString));
             for (int scheme = 0; scheme < 3; ++scheme) {
                 const auto table =
                     m_model.cols().find(colorTableNames()[static_cast<std::size_t>(scheme)]);
@@ -183,12 +182,14 @@ std::vector<std::pair<std::string, QImage>> ContactSheet::pages() const
     std::vector<std::pair<std::string, QImage>> result;
     const auto add = [&](const std::string& stem, const auto& definitions, bool isLine) {
         std::vector<const S52Item*> items;
+        items.reserve(definitions.size());
         for (const auto& [name, item] : definitions)
             items.push_back(&item);
         int number = 0;
         for (QImage& page : pages(items, isLine)) {
-            const std::string digits = std::to_string(++number);
-            result.emplace_back(stem + (digits.size() < 2 ? "-0" : "-") + digits, std::move(page));
+            const QString name =
+                QString::fromStdString(stem) + QString("-%1").arg(++number, 2, 10, QChar('0'));
+            result.emplace_back(name.toStdString(), std::move(page));
         }
     };
     add("symbols", m_model.symb(), false);
