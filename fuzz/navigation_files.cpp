@@ -13,17 +13,28 @@
 #include <unistd.h>
 
 namespace {
+/// Where the journal lies while models load it; in memory where there is such a place.
+struct Folder {
+    Folder()
+    {
+        const char* memory = std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : "/tmp";
+        path = std::string(memory) + "/kelvox-fuzz-" + std::to_string(::getpid());
+        std::filesystem::create_directories(path);
+    }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+    ~Folder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(path, ignored);
+    }
+    std::filesystem::path path;
+};
+
 const std::filesystem::path& folder()
 {
-    static const auto made = [] {
-        const char* memory = std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : "/tmp";
-        std::filesystem::path path =
-            std::string(memory) + "/kelvox-fuzz-" + std::to_string(::getpid());
-        std::filesystem::create_directories(path);
-        std::atexit([] { std::filesystem::remove_all(folder()); });
-        return path;
-    }();
-    return made;
+    static const Folder made;
+    return made.path;
 }
 } // namespace
 

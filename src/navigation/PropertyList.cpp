@@ -453,7 +453,8 @@ std::optional<Date> PropertyFields::date(std::string_view key) const
         return std::nullopt;
     const year_month_day day{year(*y), month(static_cast<unsigned>(*mo)),
                              std::chrono::day(static_cast<unsigned>(*d))};
-    if (!day.ok())
+    // The clock counts nanoseconds in 64 bits, which end in the years 1677 and 2262.
+    if (!day.ok() || *y < 1678 || *y > 2261)
         return std::nullopt;
     return sys_days(day) + hours(*h) + minutes(*mi) + seconds(*s);
 }

@@ -268,7 +268,7 @@ TEST(RouteController, BringsAVesselAlongTenWaypointsInCurrentAndNoise)
     const auto route = bridge.scene.route("Tour", names);
 
     Position vessel{10.0, 55.0};
-    double leeway = 0;
+    double current = 0;
     double elapsed = 0; // hours
     std::size_t leg = 0;
     Position start{};
@@ -347,10 +347,11 @@ TEST(RouteController, BringsAVesselAlongTenWaypointsInCurrentAndNoise)
             std::min(40.0, std::abs(static_cast<double>(goTo.activeWaypointCrossTrack())) * 600);
         const double course =
             along + (goTo.steer() == WaypointController::Steer::Left ? -1 : 1) * correction;
-        leeway = second % 2400 < 500 ? 9 : 1; // knots of current to the east, at times a torrent
+        current =
+            second % 2400 < 500 ? 9 : 1; // knots of current east and south, at times a torrent
         const double hours = 2.0 / 3600;
-        vessel.longitude += (8 * std::sin(course * degree) + leeway) * hours / 60 / shrink;
-        vessel.latitude += 8 * std::cos(course * degree) * hours / 60;
+        vessel.longitude += (8 * std::sin(course * degree) + current) * hours / 60 / shrink;
+        vessel.latitude += (8 * std::cos(course * degree) - current) * hours / 60;
     }
     EXPECT_EQ(arrivals, 10);
     EXPECT_GT(passedAbeam, 0);

@@ -120,6 +120,9 @@ TEST(Persistence, ReadsOtherWritersAndDropsWhatTheChartCannotHold)
 <key>longitude</key><real>0</real></dict>
 <key>odd</key><string>no record</string>
 </dict></plist>)");
+    fill(folder.path() / "tracks.plist", R"(<plist version="1.0"><dict><key>1</key><dict>
+<key>name</key><string>1</string><key>latitude</key><real>5</real><key>longitude</key><real>5</real>
+<key>date</key><date>0001-01-01T00:00:00Z</date></dict></dict></plist>)");
     fill(folder.path() / "routes.plist", R"(<plist version="1.0"><dict><key>R</key><dict>
 <key>name</key><string>R</string><key>waypoint_0</key><string>A</string>
 <key>waypoint_1</key><string>Gone</string><key>waypoint_2</key><string> A </string>
@@ -129,6 +132,8 @@ TEST(Persistence, ReadsOtherWritersAndDropsWhatTheChartCannotHold)
     EXPECT_EQ(scene.waypoints.waypoint(0)->positionOnGPS(), (Position{10.5, 50}));
     EXPECT_TRUE(scene.waypoints.waypoint(0)->show);
     EXPECT_EQ(scene.waypointReport.passedOver, 3U);
+    ASSERT_EQ(scene.tracks.count(), 1U);
+    EXPECT_FALSE(scene.tracks.track(0)->date); // long before the clock begins
     EXPECT_EQ(Scene::through(*scene.routes.route(0)), "A A"); // the missing number 3 ends it
 }
 
