@@ -1,7 +1,17 @@
 #include "exchange/ExchangeFile.h"
 
+#include "base/File.h"
+#include "base/Settings.h"
+#include "exchange/CSVExport.h"
+#include "exchange/CSVImport.h"
+#include "exchange/FileKind.h"
 #include "exchange/GPXExport.h"
 #include "exchange/GPXImport.h"
+#include "exchange/KMLExport.h"
+#include "exchange/KMLImport.h"
+#include "navigation/NavigationStrings.h"
+
+#include <algorithm>
 
 namespace kelvox {
 
@@ -37,15 +47,99 @@ Result<void> writeGPX(const std::filesystem::path& path, const ExchangeKinds& ki
     writer.writeFooter();
     return out.finish();
 }
+
+Result<void> writeKML(const std::filesystem::path& path, const ExchangeKinds& kinds,
+                      const ExchangeRecords& records)
+{
+    TextOutput out(path);
+    KMLWriter writer(out, {});
+    writer.writeHeader(path.stem().string());
+    if (kinds.waypoints)
+        for (const auto& waypoint : records.waypoints)
+            writer.writeWaypoint(waypoint);
+    if (kinds.routes)
+        for (const auto& route : records.routes) {
+            for (const auto& waypoint : route.points)
+                writer.writeWaypoint(waypoint);
+            writer.startRoute(route.name);
+            for (const auto& waypoint : route.points)
+                writer.writePosition(waypoint);
+            writer.endTrack();
+        }
+    if (kinds.tracks)
+        for (std::size_t i = 0; i < records.tracks.size(); ++i) {
+            if (isStart(records.tracks, i)) {
+                if (i > 0)
+                    writer.endTrack();
+                writer.startTrack(records.tracks[i].color);
+            }
+            writer.writePosition(records.tracks[i]);
+            if (i + 1 == records.tracks.size())
+                writer.endTrack();
+        }
+    writer.writeFooter();
+    return out.finish();
+}
+
+Result<void> writeCSV(const std::filesystem::path& path, const ExchangeKinds& kinds,
+                      const ExchangeRecords& records)
+{
+    TextOutput out(path);
+    UnitsModel units;
+    units.positionFormatUnits = UnitsModel::DecimalDegrees;
+    CSVWriter writer(out, navigationStrings(), units);
+    if (kinds.waypoints && !records.waypoints.empty()) {
+        for (const auto& waypoint : records.waypoints)
+            writer.writeWaypoint(waypoint);
+    } else if (kinds.routes && !records.routes.empty()) {
+        for (const auto& route : records.routes)
+            for (const auto& waypoint : route.points)
+                writer.writeWaypoint(waypoint);
+    } else if (kinds.tracks) {
+        for (const auto& point : records.tracks)
+            writer.writeTrack(point);
+    }
+    return out.finish();
+}
+
+Result<void> readCSV(const std::filesystem::path& path, const ExchangeKinds& kinds,
+                     const ImportOptions& options, ExchangeRecords& records)
+{
+    const auto text = readFile(path);
+    if (!text)
+        return tl::unexpected(text.error());
+    UnitsModel units;
+    units.positionFormatUnits = UnitsModel::DecimalDegrees;
+    const CSVImport reader(options, navigationStrings(), units);
+    std::string faults;
+    if (kinds.tracks && (CSVImport::isTrack(*text) || (!kinds.waypoints && !kinds.routes)))
+        faults = reader.readTracks(*text, records);
+    else if (kinds.routes && !kinds.waypoints)
+        faults = reader.readRoute(*text, path.stem().string(), records);
+    else
+        faults = reader.readWaypoints(*text, records);
+    if (faults.empty())
+        return {};
+    const auto lines = std::count(faults.begin(), faults.end(), '\n');
+    return failure(Error::Code::BadSyntax,
+                   std::to_string(lines) + " lines without a position passed over: "
+                       + faults.substr(0, faults.find('\n')));
+}
 } // namespace
 
-Result<void> readExchangeFile(const std::filesystem::path& path, const ExchangeKinds& /*kinds*/,
+Result<void> readExchangeFile(const std::filesystem::path& path, const ExchangeKinds& kinds,
                               ExchangeRecords& records)
 {
     ImportOptions options = ImportOptions::now(SystemClock());
     options.timeZoneOffset = {};
     Result<void> read;
-    if (GPXExport::isGPX(path) || GPXImport::isGPX(path))
+    const auto lines =
+        kinds.routes && !kinds.tracks ? KMLImport::Lines::AsRoutes : KMLImport::Lines::AsTracks;
+    if (KMLExport::isKML(path))
+        read = KMLImport(options, lines).import(path, records);
+    else if (CSVExport::isCSV(path))
+        read = readCSV(path, kinds, options, records);
+    else if (GPXExport::isGPX(path) || GPXImport::isGPX(path))
         read = GPXImport(options).import(path, records);
     else
         read = failure(Error::Code::Unsupported, "not a format that is read");
@@ -58,6 +152,10 @@ Result<void> writeExchangeFile(const std::filesystem::path& path, const Exchange
 {
     if (GPXExport::isGPX(path))
         return writeGPX(path, kinds, records);
+    if (hasExtension(path, ".KML"))
+        return writeKML(path, kinds, records);
+    if (CSVExport::isCSV(path))
+        return writeCSV(path, kinds, records);
     return failure(Error::Code::Unsupported, "not a format that is written");
 }
 

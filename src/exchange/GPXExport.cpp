@@ -1,6 +1,7 @@
 #include "exchange/GPXExport.h"
 
 #include "exchange/ExchangeDate.h"
+#include "exchange/FileKind.h"
 #include "exchange/XmlReader.h"
 #include "navigation/WaypointIcons.h"
 
@@ -143,15 +144,6 @@ std::string GPXExport::defaultTrackName(const Clock& clock)
     ::localtime_r(&second, &local);
     return fmt::format("TRACK_{:02}{:02}{:02}", local.tm_mon + 1, local.tm_mday,
                        local.tm_year % 100);
-}
-
-bool hasExtension(const std::filesystem::path& path, std::string_view extension)
-{
-    std::string own = path.extension().string();
-    for (char& c : own)
-        if (c >= 'a' && c <= 'z')
-            c = static_cast<char>(c - 'a' + 'A');
-    return own == extension;
 }
 
 } // namespace kelvox

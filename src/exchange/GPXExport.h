@@ -55,7 +55,4 @@ public:
     [[nodiscard]] static std::string defaultTrackName(const Clock& clock);
 };
 
-/// Whether the path ends in the extension, given in capitals with its dot.
-[[nodiscard]] bool hasExtension(const std::filesystem::path& path, std::string_view extension);
-
 } // namespace kelvox
