@@ -82,11 +82,16 @@ bool fraction(std::string_view text)
     return text.find('.') != std::string_view::npos && decimal(text);
 }
 
-/// Degrees, minutes and seconds with whatever marks, the letter first or last.
+/// Degrees, minutes and seconds with whatever marks, the letter first or last or a sign in its
+/// stead.
 std::optional<double> markedDegrees(std::string_view text, std::string_view letters)
 {
     std::vector<double> parts;
     char letter = 0;
+    bool marked = false;
+    const bool minus = text.starts_with('-');
+    if (minus)
+        text.remove_prefix(1);
     while (!text.empty()) {
         const char c = text.front();
         if ((c >= '0' && c <= '9') || c == '.') {
@@ -99,18 +104,19 @@ std::optional<double> markedDegrees(std::string_view text, std::string_view lett
             text.remove_prefix(static_cast<std::size_t>(end.ptr - text.data()));
             continue;
         }
+        const bool isMark = c == '*' || static_cast<unsigned char>(c) >= 0x80;
         if (letters.find(c) != std::string_view::npos && letter == 0)
             letter = c;
-        else if (static_cast<unsigned char>(c) < 0x80
-                 && std::string_view(" *'\"").find(c) == std::string_view::npos)
+        else if (!isMark && c != ' ' && c != '\'' && c != '"')
             return std::nullopt;
+        marked = marked || isMark;
         text.remove_prefix(1);
     }
-    if (letter == 0 || parts.empty() || parts.size() > 3)
+    if ((letter == 0 && !marked) || (letter != 0 && minus) || parts.empty() || parts.size() > 3)
         return std::nullopt;
     parts.resize(3);
     const double value = parts[0] + parts[1] / 60 + parts[2] / 3600;
-    return letter == letters[1] ? -value : value;
+    return minus || letter == letters[1] ? -value : value;
 }
 
 float value(const std::string& text)

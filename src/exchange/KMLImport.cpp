@@ -19,6 +19,12 @@ bool isBlank(char c)
     return c == ' ' || c == '\n' || c == '\t' || c == '\r';
 }
 
+/// An extension of the format that its later editions took up.
+bool isTrack(std::string_view element)
+{
+    return element == "Track" || element == "gx:Track";
+}
+
 /// Pictures of the globe viewers' own palettes that mean one of our icons.
 int iconOfPicture(std::string_view name)
 {
@@ -88,7 +94,7 @@ void KMLImport::startElement(std::string_view name, const XmlAttributes& /*attri
         m_geometry = Geometry::Point;
     } else if (name == "LineString") {
         m_geometry = Geometry::Line;
-    } else if (name == "gx:Track") {
+    } else if (isTrack(name)) {
         m_geometry = Geometry::Track;
         m_times.clear();
     } else if (name == "coordinates") {
@@ -189,7 +195,7 @@ void KMLImport::endElement(std::string_view name)
             if (!m_hasPlace)
                 m_target->passedOver();
         }
-    } else if (name == "LineString" || name == "Point" || name == "gx:Track") {
+    } else if (name == "LineString" || name == "Point" || isTrack(name)) {
         if (m_routeIsOpen)
             m_target->endRoute(m_placemark ? m_placemark->name : std::string());
         m_routeIsOpen = false;
@@ -210,7 +216,7 @@ void KMLImport::endElement(std::string_view name)
             if (date && m_times.size() < mostTimes)
                 m_times.push_back(*date);
         } else if (m_geometry == Geometry::Track && m_lines == Lines::AsTracks
-                   && name == "gx:coord") {
+                   && (name == "coord" || name == "gx:coord")) {
             const auto text = trimmed(m_text);
             const auto blank = std::min(text.find(' '), text.size());
             trackPoint(text.substr(0, blank), text.substr(blank));

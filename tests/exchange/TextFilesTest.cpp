@@ -83,6 +83,15 @@ TEST(KMLImport, ReadsPointsLinesAndColours)
     EXPECT_EQ(tracks.tracks[0].date, Date(std::chrono::seconds(71)));
     EXPECT_EQ(tracks.tracks[0].color, (TrackColor{1, 128 / 255.0F, 0}));
 
+    ExchangeRecords timed;
+    ASSERT_TRUE(KMLImport({}, Lines::AsTracks)
+                    .parse(kml("<Placemark><gx:Track><when>2026-07-04T12:30:05Z</when>"
+                               "<gx:coord>7 8 9</gx:coord></gx:Track></Placemark>"),
+                           timed));
+    ASSERT_EQ(timed.tracks.size(), 1U);
+    EXPECT_EQ(timed.tracks[0].positionOnGPS(), (Position{7, 8}));
+    EXPECT_EQ(timed.tracks[0].date, Date(std::chrono::seconds(1783168205)));
+
     ExchangeScene scene;
     ModelImport target(scene.waypoints, scene.routes, scene.tracks);
     ASSERT_TRUE(KMLImport({}, Lines::AsRoutes).parse(text, target));
@@ -190,6 +199,8 @@ TEST(CSV, ReadsWhatOtherProgramsWrite)
          "a, \"b\"@-2.5,1.5 ", 0},
         {"marks", "lat;lon\n1\u00B030\u203230\u2033S;W2\u00B0\n", "@-2,-1.50833 ", 0},
         {"degrees first", "40.5,-104.25,myroute\n", "myroute@-104.25,40.5 ", 0},
+        {"signed marks", "lat,lon\n-1\u00B0 30\u2032,-2\u00B0\n", "@-2,-1.5 ", 0},
+        {"no positions we know", "No,Zone,Ch,East\n1,44,R,413954\n", "", 2},
         {"out of range", "A,95,20\n", "", 1},
     };
     for (const auto& row : rows) {
