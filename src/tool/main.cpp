@@ -29,6 +29,7 @@ int main(int argc, char** argv)
     app.set_version_flag("--version", KELVOX_VERSION);
     kelvox::Tool tool(app);
     kelvox::addAISCommand(tool);
+    kelvox::addConvertCommand(tool);
     kelvox::addGribCommand(tool);
     kelvox::addInfoCommand(tool);
     kelvox::addNavigationCommand(tool);

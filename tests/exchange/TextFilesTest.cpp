@@ -1,0 +1,233 @@
+#include "ExchangeScene.h"
+
+#include "exchange/CSVExport.h"
+#include "exchange/CSVImport.h"
+#include "exchange/ExchangeFile.h"
+#include "exchange/KMLExport.h"
+#include "exchange/KMLImport.h"
+#include "navigation/NavigationStrings.h"
+#include "navigation/WaypointIcons.h"
+#include "support/RealData.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace kelvox {
+
+namespace {
+using Lines = KMLImport::Lines;
+
+Settings& settings()
+{
+    static MemorySettings made;
+    made.set(KMLExport::iconBaseKey, std::string("http://host/a&b/"));
+    return made;
+}
+
+std::string kml(const std::string& body)
+{
+    return "<kml><Document>" + body + "</Document></kml>";
+}
+
+TEST(KMLExport, WritesTheLinesOfTheFormat)
+{
+    ExchangeScene scene;
+    Track red = trackPoint(0, {1, 2});
+    red.color = {1, 0, 0};
+    scene.tracks.add(red, std::chrono::seconds(1));
+    ASSERT_TRUE(KMLExport(settings()).exportTracks(scene.path("t.kml"), scene.tracks));
+    const std::string head = "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n"
+                             "<kml xmlns=\"http://earth.google.com/kml/2.0\">\n<Folder>\n";
+    EXPECT_EQ(scene.written("t.kml"),
+              head
+                  + "<name>t</name>\n<Placemark>\n<Style>\n<LineStyle>\n<color>ff0000ff</color>\n"
+                    "<width>2</width>\n</LineStyle>\n</Style>\n<LineString>\n<coordinates>\n"
+                    "1.000000,2.000000,0\n</coordinates>\n</LineString>\n</Placemark>\n"
+                    "</Folder>\n</kml>\n");
+    scene.waypoint("A", {1, 2});
+    scene.route("R", "A A");
+    ASSERT_TRUE(KMLExport(settings()).exportRoute(scene.path("r.kml"), *scene.routes.at(0)));
+    const std::string placemark =
+        "<Placemark>\n<name>A</name>\n<description></description>\n<Style>\n<IconStyle>\n"
+        "<scale>0.5</scale>\n<Icon>\n<href>http://host/a&amp;b/WAYPOINT.png</href>\n</Icon>\n"
+        "</IconStyle>\n</Style>\n<Point>\n<coordinates>1.000000,2.000000,0</coordinates>\n"
+        "</Point>\n</Placemark>\n";
+    EXPECT_EQ(scene.written("r.kml"),
+              head + "<name>r</name>\n" + placemark + placemark
+                  + "<Placemark>\n<name>R</name>\n<Style>\n<LineStyle>\n<color>FFFF7F00</color>\n"
+                    "<width>3</width>\n</LineStyle>\n</Style>\n<LineString>\n<coordinates>\n"
+                    "1.000000,2.000000,0\n1.000000,2.000000,0\n</coordinates>\n</LineString>\n"
+                    "</Placemark>\n</Folder>\n</kml>\n");
+}
+
+TEST(KMLImport, ReadsPointsLinesAndColours)
+{
+    const auto text =
+        kml("<Placemark><name>A &lt;1&gt;</name><description>d</description><Style>"
+            "<IconStyle><Icon><href>http://h/x/ANC%48OR.png</href></Icon></IconStyle>"
+            "</Style><Point><coordinates> 10.5, 50.25 ,0 </coordinates></Point></Placemark>"
+            "<Placemark><name>L</name><Style><LineStyle><color>ff0080FF</color></LineStyle></Style>"
+            "<LineString><coordinates>1,2,0 3,4\n 5, 6 ,0\n10.5,50.25,0</coordinates>"
+            "</LineString></Placemark>");
+    ExchangeRecords tracks;
+    ASSERT_TRUE(KMLImport({.key = 70, .timeZoneOffset = {}, .trackColor = {}}, Lines::AsTracks)
+                    .parse(text, tracks));
+    ASSERT_EQ(tracks.waypoints.size(), 1U);
+    EXPECT_EQ(tracks.waypoints[0].name, "A <1>");
+    EXPECT_EQ(waypointIcon(tracks.waypoints[0].iconIndex)->name, "ANCHOR");
+    EXPECT_EQ(tracks.waypoints[0].positionOnGPS(), (Position{10.5, 50.25}));
+    ASSERT_EQ(tracks.tracks.size(), 4U);
+    EXPECT_EQ(tracks.tracks[2].positionOnGPS(), (Position{5, 6}));
+    EXPECT_EQ(tracks.tracks[0].name, "70");
+    EXPECT_EQ(tracks.tracks[0].date, Date(std::chrono::seconds(71)));
+    EXPECT_EQ(tracks.tracks[0].color, (TrackColor{1, 128 / 255.0F, 0}));
+
+    ExchangeRecords timed;
+    ASSERT_TRUE(KMLImport({}, Lines::AsTracks)
+                    .parse(kml("<Placemark><gx:Track><when>2026-07-04T12:30:05Z</when>"
+                               "<gx:coord>7 8 9</gx:coord></gx:Track></Placemark>"),
+                           timed));
+    ASSERT_EQ(timed.tracks.size(), 1U);
+    EXPECT_EQ(timed.tracks[0].positionOnGPS(), (Position{7, 8}));
+    EXPECT_EQ(timed.tracks[0].date, Date(std::chrono::seconds(1783168205)));
+
+    ExchangeScene scene;
+    ModelImport target(scene.waypoints, scene.routes, scene.tracks);
+    ASSERT_TRUE(KMLImport({}, Lines::AsRoutes).parse(text, target));
+    ASSERT_EQ(scene.routes.count(), 1U);
+    EXPECT_EQ(scene.routes.at(0)->name, "L");
+    EXPECT_EQ(ExchangeScene::through(*scene.routes.at(0)), "WP0001 WP0002 WP0003 A <1>");
+    EXPECT_EQ(target.finish().waypoints.created, 4U);
+}
+
+TEST(KMLImport, UnpacksWhateverTheFileIsCalledAndLeavesNothing)
+{
+    ExchangeScene scene;
+    ::setenv("TMPDIR", scene.path("").c_str(), 1);
+    // Made by Python's zipfile module: ../evil.kml, /tmp-like names and doc.kml.
+    const auto script = scene.path("make.py");
+    ASSERT_TRUE(writeFileAtomically(
+        script,
+        "import sys,zipfile\nz=zipfile.ZipFile(sys.argv[1],'w')\n"
+        "z.writestr('../evil.kml','x')\nz.writestr('../../evil.kml','x')\n"
+        "z.writestr('doc.kml','<kml><Placemark><name>In</name><Point><coordinates>1,2"
+        "</coordinates></Point></Placemark></kml>')\n"));
+    const std::filesystem::path folder = scene.path("in");
+    std::filesystem::create_directory(folder);
+    for (const char* name : {"plain.kmz", "a\"b '$HOME;`x` [z]*.KMZ", "-d.kmz"}) {
+        const auto file = folder / name;
+        const auto made = scene.path("made.kmz");
+        if (std::system(("python3 " + script.string() + " " + made.string()).c_str()) != 0)
+            GTEST_SKIP() << "needs python3 to make the file";
+        std::filesystem::rename(made, file);
+        ExchangeRecords records;
+        const auto read = KMLImport({}, Lines::AsTracks).import(file, records);
+        ASSERT_TRUE(read) << name << read.error().message;
+        ASSERT_EQ(records.waypoints.size(), 1U) << name;
+    }
+    ExchangeRecords none;
+    ASSERT_TRUE(writeFileAtomically(scene.path("bad.kmz"), "no archive"));
+    EXPECT_FALSE(KMLImport({}, Lines::AsTracks).import(scene.path("bad.kmz"), none));
+    std::string left;
+    for (const auto& entry : std::filesystem::directory_iterator(scene.path("")))
+        left += entry.path().filename().string() + " ";
+    EXPECT_EQ(left.find("evil"), std::string::npos) << left;
+    EXPECT_EQ(left.find("kelvox-kmz"), std::string::npos) << left;
+    ::unsetenv("TMPDIR");
+}
+
+TEST(CSV, WritesAndReadsBackInEachFormat)
+{
+    ExchangeScene scene;
+    const auto made = scene.waypoint("Rock, big", {-10.5, 59.25});
+    scene.waypoints.edit(made, [](Waypoint& it) { it.description = "drying, 2 m"; });
+    scene.waypoints.setMatch(std::nullopt);
+    UnitsModel units;
+    for (int format = 0; format < 4; ++format) {
+        units.positionFormatUnits = format;
+        ASSERT_TRUE(CSVExport(navigationStrings(), units)
+                        .exportWaypoints(scene.path("w.csv"), scene.waypoints));
+        ExchangeRecords read;
+        EXPECT_EQ(
+            CSVImport({}, navigationStrings(), units).importWaypoints(scene.path("w.csv"), read),
+            "");
+        ASSERT_EQ(read.waypoints.size(), 1U) << scene.written("w.csv");
+        EXPECT_EQ(read.waypoints[0].name, "Rock  big");
+        EXPECT_EQ(read.waypoints[0].description, "drying, 2 m");
+        EXPECT_EQ(read.waypoints[0].positionOnGPS(), (Position{-10.5, 59.25})) << format;
+    }
+}
+
+TEST(CSV, LeavesUnknownTrackValuesEmpty)
+{
+    ExchangeScene scene;
+    Track point = trackPoint(0, {-0.5, 50});
+    point.sog = 6.25F;
+    point.depth = 12;
+    point.heading = 7;
+    point.description = "x,y";
+    scene.tracks.add(point, std::chrono::seconds(1));
+    const UnitsModel units;
+    ASSERT_TRUE(
+        CSVExport(navigationStrings(), units).exportTracks(scene.path("t.csv"), scene.tracks));
+    const auto text = scene.written("t.csv");
+    EXPECT_EQ(text, "2026-01-01 00:00:00 +0000,50.000000,-0.500000,,6.2,007,,12.0,,,x,y\n");
+    EXPECT_TRUE(CSVImport::isTrack(text));
+    ExchangeRecords read;
+    EXPECT_EQ(CSVImport({}, navigationStrings(), units).readTracks(text, read), "");
+    ASSERT_EQ(read.tracks.size(), 1U);
+    EXPECT_EQ(read.tracks[0].date, point.date);
+    EXPECT_FALSE(isKnown(read.tracks[0].cog));
+    EXPECT_EQ(read.tracks[0].depth, 12.0F);
+    EXPECT_EQ(read.tracks[0].description, "x,y");
+}
+
+TEST(CSV, ReadsWhatOtherProgramsWrite)
+{
+    const struct {
+        const char* why;
+        const char* text;
+        const char* found; ///< name@longitude,latitude
+        int faults;
+    } rows[] = {
+        {"carriage returns", "A,10*30.0'N,020*00.0'E,d\rB,10*30.0'S,020*00.0'W,",
+         "A@20,10.5 B@-20,-10.5 ", 0},
+        {"one line", "A,10*30.0'N,020*00.0'E,d\n", "A@20,10.5 ", 0},
+        {"fault", "A,x,020*00.0'E\nB,10*30.0'N,020*00.0'E\n", "B@20,10.5 ", 1},
+        {"table", "\xEF\xBB\xBFNo,Latitude,Longitude,Name\n1,1.5,-2.5,\"a, \"\"b\"\"\"\n",
+         "a, \"b\"@-2.5,1.5 ", 0},
+        {"marks", "lat;lon\n1\u00B030\u203230\u2033S;W2\u00B0\n", "@-2,-1.50833 ", 0},
+        {"degrees first", "40.5,-104.25,myroute\n", "myroute@-104.25,40.5 ", 0},
+        {"signed marks", "lat,lon\n-1\u00B0 30\u2032,-2\u00B0\n", "@-2,-1.5 ", 0},
+        {"no positions we know", "No,Zone,Ch,East\n1,44,R,413954\n", "", 2},
+        {"out of range", "A,95,20\n", "", 1},
+    };
+    for (const auto& row : rows) {
+        ExchangeRecords read;
+        const UnitsModel units;
+        const auto faults = CSVImport({}, navigationStrings(), units).readWaypoints(row.text, read);
+        std::ostringstream found;
+        for (const auto& waypoint : read.waypoints)
+            found << waypoint.name << "@" << waypoint.longitude << "," << waypoint.latitude << " ";
+        EXPECT_EQ(found.str(), row.found) << row.why;
+        EXPECT_EQ(std::count(faults.begin(), faults.end(), '\n'), row.faults) << row.why;
+    }
+}
+
+TEST(ExchangeFile, ReadsEveryRealFile)
+{
+    const auto folder = realData("exchange");
+    if (!folder)
+        GTEST_SKIP() << "needs KELVOX_DATA";
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(*folder)) {
+        if (!entry.is_regular_file() || entry.path().extension() == ".txt")
+            continue;
+        ExchangeRecords records;
+        const auto read = readExchangeFile(entry.path(), {}, records);
+        EXPECT_TRUE(read || read.error().code == Error::Code::BadSyntax) << entry.path();
+    }
+}
+} // namespace
+
+} // namespace kelvox
