@@ -99,6 +99,8 @@ std::uint8_t codeOf(const std::array<std::string_view, size>& dictionary, std::s
                                   : static_cast<std::uint8_t>(it - dictionary.begin() + 1);
 }
 
+constexpr std::size_t nameWidth = 5; ///< bytes of a NAME: record name and number
+
 std::string utf8FromLatin1(std::string_view latin)
 {
     std::string text;
@@ -158,6 +160,18 @@ S57RecordReader::FieldPlan S57RecordReader::planOf(const ISOFieldDefinition& def
     const bool sounding =
         plan.field == FieldCode::SG3D && plan.subfields == std::vector{YCOO, XCOO, VE3D};
     plan.plainCoordinates = plain && definition.isRepeating() && (flat || sounding);
+    const auto isPlain = [&](FieldCode field, const std::vector<SubfieldCode>& labels) {
+        return plan.field == field && plan.subfields == labels && definition.isRepeating()
+            && plan.steps.front().form == Form::Bytes && plan.steps.front().width == nameWidth
+            && std::all_of(plan.steps.begin() + 1, plan.steps.end(),
+                           [](const Step& step) { return step.form == Form::Unsigned1; });
+    };
+    plan.plainAttributes = plan.field == FieldCode::ATTF && definition.isRepeating()
+        && plan.subfields == std::vector{ATTL, ATVL} && plan.steps[0].form == Form::Unsigned2
+        && definition.subfields()[1].isVariable()
+        && definition.subfields()[1].dataType() == ISODataType::String;
+    plan.plainSpatials = isPlain(FieldCode::FSPT, {NAME, ORNT, USAG, MASK});
+    plan.plainPointers = isPlain(FieldCode::VRPT, {NAME, ORNT, USAG, TOPI, MASK});
     return plan;
 }
 
@@ -201,6 +215,12 @@ void S57RecordReader::readField(const ISORawField& field)
     }
     if (plan.plainCoordinates) {
         readPlainCoordinates(field, field.definition().fixedWidth());
+    } else if (plan.plainSpatials) {
+        readPlainSpatials(field.data());
+    } else if (plan.plainPointers) {
+        readPlainPointers(field.data());
+    } else if (plan.plainAttributes) {
+        readPlainAttributes(field);
     } else {
         const std::size_t rows = field.repeatCount();
         if (plan.field == FieldCode::ATTF && m_feature)
@@ -452,6 +472,51 @@ void S57RecordReader::readPlainCoordinates(const ISORawField& field, std::size_t
         addCoordinate(littleEndian32(bytes), littleEndian32(bytes + 4));
         if (withDepth)
             addDepth(littleEndian32(bytes + 8));
+    }
+}
+
+void S57RecordReader::readPlainSpatials(std::span<const char> data)
+{
+    constexpr std::size_t rowSize = nameWidth + 3;
+    for (; data.size() >= rowSize; data = data.subspan(rowSize)) {
+        const auto bytes = reinterpret_cast<const std::uint8_t*>(data.data());
+        m_spatials.push_back({static_cast<std::uint32_t>(littleEndian32(data.data() + 1)), bytes[0],
+                              bytes[nameWidth], bytes[nameWidth + 1], bytes[nameWidth + 2]});
+    }
+}
+
+void S57RecordReader::readPlainAttributes(const ISORawField& field)
+{
+    // The rows that ISOFieldDefinition::repeatCount() would count, in one walk.
+    constexpr std::size_t codeWidth = 2;
+    const ISOSubfieldDefinition& value = field.definition().subfields()[1];
+    m_attributes.clear();
+    for (auto left = field.data(); m_feature && left.size() >= codeWidth;) {
+        std::uint16_t code = 0;
+        std::memcpy(&code, left.data(), codeWidth);
+        const auto rest = left.subspan(codeWidth);
+        const ISOExtent extent = value.dataLength(rest);
+        if (extent.consumed > rest.size())
+            break; // a value without its end belongs to no complete row
+        const std::string_view text(rest.data(), extent.length);
+        m_attributes.emplace_back(code, text.substr(0, text.find('\0')));
+        left = rest.subspan(extent.consumed);
+    }
+    if (m_attributes.empty())
+        return;
+    m_feature->reserveAttributes(m_feature->s57FeatureAttributeCount() + m_attributes.size());
+    for (const auto& [code, text] : m_attributes)
+        m_feature->addS57FeatureAttribute(code, utf8FromLatin1(text));
+}
+
+void S57RecordReader::readPlainPointers(std::span<const char> data)
+{
+    constexpr std::size_t rowSize = nameWidth + 4;
+    for (; data.size() >= rowSize; data = data.subspan(rowSize)) {
+        const auto bytes = reinterpret_cast<const std::uint8_t*>(data.data());
+        m_pointers.push_back({static_cast<std::uint32_t>(littleEndian32(data.data() + 1)), bytes[0],
+                              bytes[nameWidth], bytes[nameWidth + 1], bytes[nameWidth + 2],
+                              bytes[nameWidth + 3]});
     }
 }
 

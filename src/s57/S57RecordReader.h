@@ -41,6 +41,9 @@ private:
         std::vector<SubfieldCode> subfields;
         std::vector<Step> steps; ///< beside the subfields
         bool plainCoordinates = false; ///< rows of 4-byte YCOO, XCOO and, for soundings, VE3D
+        bool plainSpatials = false; ///< rows of NAME and the bytes ORNT, USAG, MASK
+        bool plainAttributes = false; ///< rows of a 2-byte ATTL and the text ATVL
+        bool plainPointers = false; ///< rows of NAME and the bytes ORNT, USAG, TOPI, MASK
     };
     [[nodiscard]] FieldPlan planOf(const ISOFieldDefinition& definition) const;
     [[nodiscard]] const Value& value(SubfieldCode code) const
@@ -63,6 +66,9 @@ private:
     void beginFeature();
     void beginVector();
     void readPlainCoordinates(const ISORawField& field, std::size_t rowSize);
+    void readPlainSpatials(std::span<const char> data);
+    void readPlainAttributes(const ISORawField& field);
+    void readPlainPointers(std::span<const char> data);
     void addCoordinate(std::int32_t y, std::int32_t x);
     void addDepth(std::int32_t value);
     void deliver(FieldCode field);
@@ -84,6 +90,7 @@ private:
     std::vector<S57Coordinate> m_coordinates;
     std::vector<float> m_depths;
     std::vector<S57VectorPointer> m_pointers;
+    std::vector<std::pair<std::uint16_t, std::string_view>> m_attributes;
     std::vector<S57FeatureSpatial> m_spatials;
     std::vector<S57FeatureRecord> m_records;
 };
