@@ -25,7 +25,7 @@ TEST(GPXImport, ReadsWaypointsAsOtherProgramsWriteThem)
             "<sym>Buoy, White</sym></wpt>\n"
             "<wpt lat=\"1\" lon=\"200\"/>\n"
             "<wpt lat=\"2\" lon=\"3\"><cmt>only</cmt><type> Tide Station\n</type></wpt>"
-            "<wpt lat=\"91\" lon=\"3\"/><wpt lon=\"3\"/>"));
+            "<wpt lat=\"91\" lon=\"3\"/><wpt><trkpt lat=\"1\" lon=\"2\"/></wpt><wpt lon=\"3\"/>"));
     ASSERT_TRUE(scene.fault);
     ASSERT_EQ(scene.waypoints.count(), 3U);
     const auto& buoy = *scene.waypoints.at(0);
