@@ -47,7 +47,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         (void)CSVImport::isTrack(text);
         break;
     default:
-        if (const auto date = parseLenientDate(text))
+        if (const auto date = parseLenientDate(text); date
+            && *date > Date(std::chrono::hours(-876'000))
+            && *date < Date(std::chrono::hours(876'000)))
             if (parseIsoDate(isoDate(*date)) != std::chrono::floor<std::chrono::seconds>(*date))
                 std::abort(); // what is written must read back
     }

@@ -183,7 +183,7 @@ CSVImport::CSVImport(const ImportOptions& options, const Strings& strings, const
 Result<double> CSVImport::ordinate(std::string_view text,
                                    NSPositionFormatter::Orientation axis) const
 {
-    const auto read = NSPositionFormatter(axis, m_strings, m_units).getObjectValue(text);
+    auto read = NSPositionFormatter(axis, m_strings, m_units).getObjectValue(text);
     if (read)
         return read;
     const bool isLatitude = axis == NSPositionFormatter::Latitude;

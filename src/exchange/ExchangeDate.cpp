@@ -14,6 +14,7 @@ namespace kelvox {
 
 namespace {
 using std::chrono::seconds;
+constexpr long long latestSecond = 7'258'118'400; // the year 2200; a time point ends in 2262
 
 bool isDigit(char c)
 {
@@ -260,7 +261,11 @@ std::optional<Date> parseLenientDate(std::string_view text)
                 hasTime = true;
             } else if (numbers.empty() && cursor.atEnd() && digits.size() >= 9
                        && digits.size() <= 10) {
-                return Date(seconds(std::stoll(std::string(digits))));
+                {
+                    const auto second = std::stoll(std::string(digits));
+                    return second < latestSecond ? std::optional(Date(seconds(second)))
+                                                 : std::nullopt;
+                }
             } else {
                 numbers.push_back({digits, cursor.front()});
             }

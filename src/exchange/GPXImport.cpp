@@ -60,7 +60,7 @@ void GPXImport::startElement(std::string_view name, const XmlAttributes& attribu
         beginTrackPoint(attributes);
     } else if (name == "wpt" || name == "rtept") {
         m_waypoint.emplace();
-        m_hasPlace = setPlace(*m_waypoint, attributes.value("lat"), attributes.value("lon"));
+        (void)setPlace(*m_waypoint, attributes.value("lat"), attributes.value("lon"));
     } else if (name == "rte") {
         m_routeName.emplace();
     } else if (name == "trkseg") {
@@ -85,7 +85,7 @@ void GPXImport::beginTrackPoint(const XmlAttributes& attributes)
     m_track.emplace();
     m_track->name = std::to_string(m_options.key++);
     m_track->date = Date(std::chrono::seconds(m_options.key));
-    m_hasPlace = setPlace(*m_track, attributes.value("lat"), attributes.value("lon"));
+    (void)setPlace(*m_track, attributes.value("lat"), attributes.value("lon"));
     m_track->color = m_trackColor;
 }
 
@@ -98,7 +98,7 @@ void GPXImport::characters(std::string_view text)
 void GPXImport::endElement(std::string_view name)
 {
     if (name == "trkpt") {
-        if (m_track && m_hasPlace)
+        if (m_track && m_track->hasPosition())
             m_target->trackPoint(std::move(*m_track));
         else
             m_target->passedOver();
@@ -138,7 +138,7 @@ void GPXImport::endWaypoint(bool ofRoute)
 {
     if (!m_waypoint)
         return;
-    if (!m_hasPlace)
+    if (!m_waypoint->hasPosition())
         m_target->passedOver();
     else if (ofRoute)
         m_target->routePoint(std::move(*m_waypoint));

@@ -42,7 +42,6 @@ private:
     std::optional<Waypoint> m_waypoint;
     std::optional<std::string> m_routeName; ///< of the open route
     std::optional<Track> m_track;
-    bool m_hasPlace = false;
     TrackColor m_trackColor;
     int m_segments = 0;
     std::string m_valueString;

@@ -88,7 +88,6 @@ void KMLImport::startElement(std::string_view name, const XmlAttributes& /*attri
     m_text.clear();
     if (name == "Placemark") {
         m_placemark.emplace();
-        m_hasPlace = false;
         m_geometry = Geometry::None;
     } else if (name == "Point") {
         m_geometry = Geometry::Point;
@@ -191,8 +190,7 @@ void KMLImport::endElement(std::string_view name)
                     rest.remove_prefix(1);
                 }
             }
-            m_hasPlace = setPlace(*m_placemark, ordinates[1], ordinates[0]);
-            if (!m_hasPlace)
+            if (!setPlace(*m_placemark, ordinates[1], ordinates[0]))
                 m_target->passedOver();
         }
     } else if (name == "LineString" || name == "Point" || isTrack(name)) {
@@ -227,7 +225,7 @@ void KMLImport::endElement(std::string_view name)
 
 void KMLImport::endPlacemark()
 {
-    if (m_hasPlace) {
+    if (m_placemark->hasPosition()) {
         const std::pair place(m_placemark->latitude, m_placemark->longitude);
         m_nameAtPlace.emplace(place, m_target->waypoint(std::move(*m_placemark)));
     }

@@ -49,7 +49,6 @@ private:
     ExchangeTarget* m_target = nullptr;
     std::optional<Waypoint> m_placemark;
     Geometry m_geometry = Geometry::None;
-    bool m_hasPlace = false;
     bool m_routeIsOpen = false;
     bool m_inCoordinates = false;
     bool m_itemMayEnd = false; ///< unless a comma follows the blank

@@ -51,7 +51,7 @@ ModelImport::ModelImport(WaypointsModel& waypoints, RoutesModel& routes, TracksM
 /// The name under which a waypoint of the file stands at its place already, else its own.
 std::string ModelImport::nameHere(const Waypoint& waypoint) const
 {
-    const auto wanted = std::string(trimmed(cleanText(waypoint.name)));
+    auto wanted = std::string(trimmed(cleanText(waypoint.name)));
     const auto [first, last] = m_atPlace.equal_range({waypoint.latitude, waypoint.longitude});
     for (auto it = first; it != last; ++it)
         if (isMadeOf(it->second->name, wanted))

@@ -13,6 +13,7 @@ namespace kelvox {
 Result<void> runProgram(const std::vector<std::string>& arguments, unsigned long long largestFile)
 {
     std::vector<char*> argv;
+    argv.reserve(arguments.size() + 1);
     for (const auto& argument : arguments)
         argv.push_back(const_cast<char*>(argument.c_str())); // spawn leaves them alone
     argv.push_back(nullptr);

@@ -25,7 +25,7 @@ TEST(GPXImport, ReadsWaypointsAsOtherProgramsWriteThem)
             "<sym>Buoy, White</sym></wpt>\n"
             "<wpt lat=\"1\" lon=\"200\"/>\n"
             "<wpt lat=\"2\" lon=\"3\"><cmt>only</cmt><type> Tide Station\n</type></wpt>"
-            "<wpt lat=\"91\" lon=\"3\"/><wpt lon=\"3\"/>"));
+            "<wpt lat=\"91\" lon=\"3\"/><wpt><trkpt lat=\"1\" lon=\"2\"/></wpt><wpt lon=\"3\"/>"));
     ASSERT_TRUE(scene.fault);
     ASSERT_EQ(scene.waypoints.count(), 3U);
     const auto& buoy = *scene.waypoints.at(0);
@@ -282,8 +282,8 @@ TEST(ExchangeDate, ReadsWhatProgramsWrite)
         ASSERT_TRUE(date) << text;
         EXPECT_EQ(std::chrono::floor<std::chrono::seconds>(*date), at(second)) << text;
     }
-    for (const char* text :
-         {"", "soon", "12:30", "2026-02-30T00:00:00Z", "99999999999999999999-1-1", "Jul"})
+    for (const char* text : {"", "soon", "12:30", "2026-02-30T00:00:00Z",
+                             "99999999999999999999-1-1", "9999999999", "Jul"})
         EXPECT_FALSE(parseLenientDate(text)) << text;
     EXPECT_EQ(isoDate(at(1783168205)), "2026-07-04T12:30:05Z");
 }

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <random>
 
 namespace kelvox {
 
@@ -212,6 +213,68 @@ TEST(CSV, ReadsWhatOtherProgramsWrite)
             found << waypoint.name << "@" << waypoint.longitude << "," << waypoint.latitude << " ";
         EXPECT_EQ(found.str(), row.found) << row.why;
         EXPECT_EQ(std::count(faults.begin(), faults.end(), '\n'), row.faults) << row.why;
+    }
+}
+
+TEST(ExchangeFile, RandomTracksComeBackTheSameInEachFormat)
+{
+    std::mt19937 random(9);
+    std::uniform_real_distribution<double> unit(-1, 1);
+    ExchangeRecords written;
+    for (int i = 0; i < 300; ++i) {
+        Track point = trackPoint(i * 7, {unit(random) * 180, unit(random) * 90});
+        if (i % 3)
+            point.sog = static_cast<float>(i) / 2;
+        point.color.red = i < 100 ? 0.2F : 0.6F;
+        written.tracks.push_back(point);
+    }
+    const TemporaryFolder folder;
+    for (const std::string name : {"t.gpx", "t.kml", "t.csv"}) {
+        const auto path = folder.path() / name;
+        ASSERT_TRUE(writeExchangeFile(path, {}, written)) << name;
+        ExchangeRecords read;
+        ASSERT_TRUE(readExchangeFile(path, {}, read)) << name;
+        ASSERT_EQ(read.tracks.size(), written.tracks.size()) << name;
+        for (std::size_t i = 0; i < read.tracks.size(); ++i) {
+            const auto &was = written.tracks[i], &now = read.tracks[i];
+            EXPECT_NEAR(now.latitude, was.latitude, 8.1e-6) << name;
+            EXPECT_NEAR(now.longitude, was.longitude, 8.1e-6) << name;
+            if (name != "t.kml") { // which has neither dates nor speeds
+                EXPECT_EQ(now.date, was.date) << name;
+                EXPECT_EQ(now.sog, was.sog) << name;
+            }
+            if (name != "t.csv" && i > 0) { // which has no lines
+                EXPECT_EQ(now.color != read.tracks[i - 1].color, i == 100) << name << i;
+            }
+        }
+    }
+}
+
+TEST(ExchangeFile, AnotherProgramReadsWhatIsWritten)
+{
+    if (std::system("command -v gpsbabel > /dev/null") != 0)
+        GTEST_SKIP() << "gpsbabel is not installed";
+    ExchangeRecords records;
+    Waypoint waypoint;
+    waypoint.setPositionOnGPS({-1.5, 50});
+    waypoint.name = "<A> & \"B\"";
+    records.waypoints.push_back(waypoint);
+    waypoint.name = "C";
+    records.routes.push_back({"R", {waypoint, waypoint}});
+    records.tracks = {trackPoint(0), trackPoint(1), trackPoint(2)};
+    const TemporaryFolder folder;
+    for (const auto& [name, format] : {std::pair("a.gpx", "gpx"), std::pair("a.kml", "kml")}) {
+        const auto path = (folder.path() / name).string();
+        const auto out = path + ".out.gpx";
+        ASSERT_TRUE(writeExchangeFile(path, {}, records));
+        const std::string command = std::string("gpsbabel -t -r -w -i ") + format + " -f " + path
+            + " -o gpx -F " + out + " 2>/dev/null";
+        ASSERT_EQ(std::system(command.c_str()), 0) << name;
+        ExchangeRecords read;
+        ASSERT_TRUE(readExchangeFile(out, {}, read)) << name;
+        ASSERT_FALSE(read.waypoints.empty()) << name;
+        EXPECT_EQ(read.waypoints[0].name, "<A> & \"B\"") << name;
+        EXPECT_GE(read.tracks.size(), 3U) << name;
     }
 }
 
