@@ -98,7 +98,7 @@ private:
     void findStructures();
     void measure();
 
-    std::pmr::monotonic_buffer_resource m_memory{64 * 1024};
+    std::pmr::monotonic_buffer_resource m_memory{std::size_t{64} * 1024};
     Parameters m_parameters;
     std::shared_ptr<const S57CatalogRecord> m_catalogRecord;
     std::deque<S57Vector> m_vectors; ///< stable places

@@ -490,8 +490,10 @@ void S57RecordReader::readPlainAttributes(const ISORawField& field)
     // The rows that ISOFieldDefinition::repeatCount() would count, in one walk.
     constexpr std::size_t codeWidth = 2;
     const ISOSubfieldDefinition& value = field.definition().subfields()[1];
+    if (!m_feature)
+        return;
     m_attributes.clear();
-    for (auto left = field.data(); m_feature && left.size() >= codeWidth;) {
+    for (auto left = field.data(); left.size() >= codeWidth;) {
         std::uint16_t code = 0;
         std::memcpy(&code, left.data(), codeWidth);
         const auto rest = left.subspan(codeWidth);
@@ -502,8 +504,6 @@ void S57RecordReader::readPlainAttributes(const ISORawField& field)
         m_attributes.emplace_back(code, text.substr(0, text.find('\0')));
         left = rest.subspan(extent.consumed);
     }
-    if (m_attributes.empty())
-        return;
     m_feature->reserveAttributes(m_feature->s57FeatureAttributeCount() + m_attributes.size());
     for (const auto& [code, text] : m_attributes)
         m_feature->addS57FeatureAttribute(code, utf8FromLatin1(text));

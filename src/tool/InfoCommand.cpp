@@ -193,7 +193,7 @@ void runDump(Tool& tool, const std::string& path)
             }
             fields.push_back({{"tag", field.name()}, {"rows", std::move(rows)}});
         }
-        print(Json {{"fields", std::move(fields)}});
+        print(Json{{"fields", std::move(fields)}});
     }
     if (const Error* error = module.lastError())
         tool.fail(path + ": " + error->message + " at byte " + std::to_string(error->offset));
