@@ -110,9 +110,10 @@ bool ISOWriteRecord::append(std::string_view value)
     Field& field = m_fields.back();
     const auto& subfields = field.definition->subfields();
     auto bytes = encode(subfields[field.values.size() % subfields.size()], std::string(value));
-    if (bytes)
-        field.values.push_back(*std::move(bytes));
-    return bytes.has_value();
+    if (!bytes)
+        return false;
+    field.values.push_back(*std::move(bytes));
+    return true;
 }
 
 bool ISOWriteRecord::append(std::int64_t value)
@@ -120,9 +121,10 @@ bool ISOWriteRecord::append(std::int64_t value)
     Field& field = m_fields.back();
     const auto& subfields = field.definition->subfields();
     auto bytes = encode(subfields[field.values.size() % subfields.size()], value);
-    if (bytes)
-        field.values.push_back(*std::move(bytes));
-    return bytes.has_value();
+    if (!bytes)
+        return false;
+    field.values.push_back(*std::move(bytes));
+    return true;
 }
 
 ISOWriter::ISOWriter(ISOLeader leader, std::vector<ISOFieldDefinition> definitions)
