@@ -164,9 +164,9 @@ TEST(TCPConnectionModel, RefusedConnectionIsTriedAgain)
         const Peer gone;
         port = gone.port();
     }
-    ASSERT_TRUE(network.model.createClientConnection(network, "localhost", std::to_string(port)));
+    ASSERT_TRUE(network.model.createClientConnection(network, "127.0.0.1", std::to_string(port)));
     ASSERT_TRUE(network.comesToBe(State::Waiting));
-    EXPECT_NE(network.model.clientStatus().reason.find("Cannot connect to localhost"),
+    EXPECT_NE(network.model.clientStatus().reason.find("Cannot connect to 127.0.0.1"),
               std::string::npos);
     Peer back(port);
     network.clock.advance(1);
