@@ -2,21 +2,27 @@
 
 #include "painting/PainterCanvas.h"
 
+#include <QContextMenuEvent>
 #include <QDragEnterEvent>
 #include <QGestureEvent>
 #include <QMimeData>
 #include <QMouseEvent>
 #include <QNativeGestureEvent>
 #include <QPainter>
+#include <QTimerEvent>
 #include <QWheelEvent>
 
 #include <cmath>
+#include <ranges>
 
 namespace kelvox {
 
 namespace {
 constexpr int pictureMargin = 160; ///< device pixels painted beyond each edge, for the next drag
 constexpr double notch = 120; ///< wheel units of one click
+constexpr int holdTime = 600; ///< milliseconds of a press that asks for the menu
+constexpr int touchSlop = 6; ///< widget pixels that a click may wander
+constexpr int glideStep = 16; ///< milliseconds
 
 QTransform toQTransform(const ViewFrame& from, const ViewFrame& to)
 {
@@ -84,10 +90,34 @@ std::optional<Position> ChartView::cursorPosition() const
 {
     if (!m_pointer)
         return std::nullopt;
-    const ViewFrame now = frame();
-    Position position = now.view.pointToPosition(now.viewPointOf(devicePixel(*m_pointer)));
+    return positionAt(*m_pointer);
+}
+
+Position ChartView::positionAt(QPointF widgetPoint) const
+{
+    Position position = frame().positionOf(devicePixel(widgetPoint));
     position.longitude -= 360 * std::floor((position.longitude + 180) / 360);
     return position;
+}
+
+Position ChartView::center() const
+{
+    return positionAt({width() / 2.0, height() / 2.0});
+}
+
+ChartPointer ChartView::pointerAt(QPointF widgetPoint, Qt::KeyboardModifiers modifiers) const
+{
+    return {widgetPoint, positionAt(widgetPoint), modifiers};
+}
+
+std::optional<ChartItem> ChartView::itemAt(QPointF widgetPoint) const
+{
+    const ViewFrame now = frame();
+    const ChartPointer pointer = pointerAt(widgetPoint);
+    for (ChartLayer* layer : m_layers | std::views::reverse)
+        if (auto item = layer->itemAt(pointer, now))
+            return item;
+    return std::nullopt;
 }
 
 void ChartView::showBounds(const Rect& degrees)
@@ -120,6 +150,27 @@ void ChartView::centerOn(Position position)
 void ChartView::setScale(int denominator)
 {
     m_scale = std::clamp(denominator, finestScale, coarsestScale);
+    changed();
+}
+
+void ChartView::setRotation(double degrees)
+{
+    const auto turned = static_cast<float>(degrees - 360 * std::floor(degrees / 360));
+    if (turned == m_rotation)
+        return;
+    m_rotation = turned;
+    changed();
+}
+
+void ChartView::keepAt(Position position, QPointF share)
+{
+    const ViewFrame there = ViewFrame::at(position, m_scale, m_rotation, 0, 0, devicePixelRatioF(),
+                                          static_cast<unsigned>(logicalDpiX()));
+    const Point off = devicePixel({(0.5 - share.x()) * width(), (0.5 - share.y()) * height()});
+    const SheetPlace center = there.placeOf(off);
+    if (center == m_center)
+        return;
+    m_center = center;
     changed();
 }
 
@@ -223,6 +274,7 @@ void ChartView::showPicture(const ChartPicture& picture)
 {
     m_picture = picture;
     update();
+    emit pictureShown();
 }
 
 void ChartView::paintEvent(QPaintEvent* /*event*/)
@@ -232,10 +284,13 @@ void ChartView::paintEvent(QPaintEvent* /*event*/)
     const ViewFrame now = frame();
     if (!m_picture.image.isNull())
         paintPicture(painter, now);
-    if (m_overlay) {
-        painter.resetTransform();
-        painter.scale(1 / now.pixelsPerPoint, 1 / now.pixelsPerPoint);
-        m_overlay(painter, now);
+    painter.resetTransform(); // one unit is one widget pixel again
+    painter.setRenderHint(QPainter::Antialiasing);
+    const LayerLook look{*m_scene->portrayal, m_interfaceScale};
+    for (ChartLayer* layer : m_layers) {
+        painter.save();
+        layer->paint(painter, now, look);
+        painter.restore();
     }
 }
 
@@ -260,30 +315,146 @@ void ChartView::resizeEvent(QResizeEvent* /*event*/)
 
 void ChartView::mousePressEvent(QMouseEvent* event)
 {
-    if (event->button() == Qt::LeftButton)
-        m_dragFrom = event->position();
+    stopGliding();
+    if (event->button() != Qt::LeftButton)
+        return;
+    m_pressedAt = event->position();
+    m_moved = false;
+    m_pressedLayer = nullptr;
+    const ViewFrame now = frame();
+    const ChartPointer pointer = pointerAt(event->position(), event->modifiers());
+    for (ChartLayer* layer : m_layers | std::views::reverse)
+        if (layer->press(pointer, now)) {
+            m_pressedLayer = layer;
+            update();
+            return;
+        }
+    m_dragFrom = event->position();
+    m_holdTimer.start(holdTime, this);
 }
 
 void ChartView::mouseMoveEvent(QMouseEvent* event)
 {
     m_pointer = event->position();
-    if (m_dragFrom) {
-        panBy(event->position() - *m_dragFrom);
+    if (m_pressedAt && !m_moved
+        && (event->position() - *m_pressedAt).manhattanLength() > touchSlop) {
+        m_moved = true;
+        m_holdTimer.stop();
+        m_sinceMove.start();
+        m_speed = {};
+    }
+    const bool pressed = m_pressedAt.has_value();
+    if (pressed && m_pressedLayer && m_moved) {
+        m_pressedLayer->move(pointerAt(event->position(), event->modifiers()), frame());
+        update();
+    } else if (m_dragFrom && m_moved) {
+        const QPointF by = event->position() - *m_dragFrom;
         m_dragFrom = event->position();
+        // Averaged over the last moves: the very last one before a release says little.
+        const auto passed = static_cast<double>(std::max<qint64>(m_sinceMove.restart(), 1));
+        m_speed = m_speed * 0.6 + by / passed * 0.4;
+        panBy(by);
+    } else if (!pressed) {
+        for (ChartLayer* layer : m_layers | std::views::reverse)
+            if (layer->wantsHover()) {
+                layer->hover(pointerAt(event->position(), event->modifiers()), frame());
+                update();
+            }
     }
     emit cursorMoved();
 }
 
 void ChartView::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (event->button() == Qt::LeftButton)
-        m_dragFrom.reset();
+    if (event->button() != Qt::LeftButton || !m_pressedAt)
+        return;
+    m_holdTimer.stop();
+    m_pressedAt.reset();
+    ChartLayer* const layer = std::exchange(m_pressedLayer, nullptr);
+    const bool dragged = m_dragFrom.has_value() && m_moved;
+    const bool held = !m_dragFrom && !layer;
+    m_dragFrom.reset();
+    const ChartPointer pointer = pointerAt(event->position(), event->modifiers());
+    if (layer) {
+        layer->release(pointer, frame());
+        update();
+    }
+    if (dragged) {
+        glide();
+        return;
+    }
+    if (m_moved || held)
+        return;
+    const ViewFrame now = frame();
+    for (ChartLayer* other : m_layers | std::views::reverse)
+        if (other->click(pointer, now)) {
+            update();
+            return;
+        }
+    emit clicked(pointer);
 }
 
 void ChartView::mouseDoubleClickEvent(QMouseEvent* event)
 {
+    if (event->button() != Qt::LeftButton)
+        return;
+    const ViewFrame now = frame();
+    const ChartPointer pointer = pointerAt(event->position(), event->modifiers());
+    for (ChartLayer* layer : m_layers | std::views::reverse)
+        if (layer->doubleClick(pointer, now)) {
+            update();
+            return;
+        }
     const QPointF middle(width() / 2.0, height() / 2.0);
     panBy(middle - event->position());
+}
+
+void ChartView::contextMenuEvent(QContextMenuEvent* event)
+{
+    stopGliding();
+    const QPointF at = event->reason() == QContextMenuEvent::Keyboard
+        ? m_pointer.value_or(QPointF(width() / 2.0, height() / 2.0))
+        : QPointF(event->pos());
+    emit menuRequested(pointerAt(at, event->modifiers()));
+}
+
+void ChartView::timerEvent(QTimerEvent* event)
+{
+    if (event->timerId() == m_holdTimer.timerId()) {
+        m_holdTimer.stop();
+        if (m_dragFrom && !m_moved) {
+            const QPointF at = *m_dragFrom;
+            m_dragFrom.reset(); // the release is no click any more
+            emit menuRequested(pointerAt(at));
+        }
+    } else if (event->timerId() == m_glideTimer.timerId()) {
+        constexpr double friction = 0.9; // of the speed that is left after each step
+        constexpr double slowest = 0.02;
+        const double passed = static_cast<double>(m_sinceMove.restart());
+        m_speed *= std::pow(friction, passed / glideStep);
+        if (std::hypot(m_speed.x(), m_speed.y()) < slowest)
+            stopGliding();
+        else
+            panBy(m_speed * passed);
+    } else {
+        QWidget::timerEvent(event);
+    }
+}
+
+void ChartView::glide()
+{
+    constexpr qint64 rest = 60; // milliseconds without a move: the hand had stopped
+    constexpr double slowest = 0.2;
+    if (m_sinceMove.elapsed() > rest || std::hypot(m_speed.x(), m_speed.y()) < slowest)
+        return;
+    m_sinceMove.start();
+    m_glideTimer.start(glideStep, Qt::PreciseTimer, this);
+}
+
+void ChartView::stopGliding()
+{
+    m_glideTimer.stop();
+    m_speed = {};
 }
 
 void ChartView::wheelEvent(QWheelEvent* event)
@@ -307,7 +478,16 @@ void ChartView::leaveEvent(QEvent* /*event*/)
 void ChartView::keyPressEvent(QKeyEvent* event)
 {
     constexpr double step = 80;
+    stopGliding();
     switch (event->key()) {
+    case Qt::Key_Escape:
+        for (ChartLayer* layer : m_layers | std::views::reverse)
+            if (layer->cancel()) {
+                m_pressedLayer = nullptr;
+                update();
+                return;
+            }
+        return QWidget::keyPressEvent(event);
     case Qt::Key_Left:
         return panBy({step, 0});
     case Qt::Key_Right:
@@ -332,6 +512,7 @@ bool ChartView::event(QEvent* event)
         auto* gestures = static_cast<QGestureEvent*>(event);
         if (auto* pinch = static_cast<QPinchGesture*>(gestures->gesture(Qt::PinchGesture))) {
             m_dragFrom.reset();
+            m_holdTimer.stop();
             const QPointF middle = mapFromGlobal(pinch->centerPoint());
             if (pinch->changeFlags().testFlag(QPinchGesture::ScaleFactorChanged))
                 zoomAt(middle, pinch->scaleFactor());

@@ -1,12 +1,15 @@
 #pragma once
 
+#include "app/ChartLayer.h"
 #include "app/PictureMaker.h"
 #include "chartview/ChartSettingsController.h"
 
+#include <QBasicTimer>
+#include <QElapsedTimer>
 #include <QWidget>
 
-#include <functional>
 #include <optional>
+#include <vector>
 
 namespace kelvox {
 
@@ -18,14 +21,21 @@ public:
     explicit ChartView(WorkerPool& pool, QWidget* parent = nullptr);
 
     void setScene(std::shared_ptr<const ChartScene> scene);
-    /// Painted over the chart on its own whenever the view is; update() asks for it.
-    void setOverlay(std::function<void(QPainter&, const ViewFrame&)> paint)
+    /// Painted over the chart on their own whenever the view is, the last on top; update() asks for
+    /// it. Those on top meet the mouse first. They must outlive the view.
+    void setLayers(std::vector<ChartLayer*> layers)
     {
-        m_overlay = std::move(paint);
+        m_layers = std::move(layers);
+        update();
     }
+    void setInterfaceScale(double scale) { m_interfaceScale = scale; }
     /// Moves the chart so that the position stands in the middle.
     void centerOn(Position position);
     void setScale(int denominator); ///< about the middle
+    void setRotation(double degrees); ///< about the middle
+    /// Keeps a position at a share of the widget's width and height, e.g. the vessel low in the
+    /// middle so that more is seen ahead.
+    void keepAt(Position position, QPointF share);
     /// Shows a box of degrees (left west, bottom south).
     void showBounds(const Rect& degrees);
     /// The same at one of the zoom steps.
@@ -35,6 +45,11 @@ public:
     [[nodiscard]] float rotation() const { return m_rotation; }
     /// The chart's transform for the widget as it is now.
     [[nodiscard]] ViewFrame frame() const;
+    [[nodiscard]] Position center() const;
+    [[nodiscard]] Position positionAt(QPointF widgetPoint) const;
+    /// The thing of a layer under the point, the topmost.
+    [[nodiscard]] std::optional<ChartItem> itemAt(QPointF widgetPoint) const;
+    [[nodiscard]] const std::shared_ptr<const ChartScene>& scene() const { return m_scene; }
     /// Nothing when the pointer is not over the chart.
     [[nodiscard]] std::optional<Position> cursorPosition() const;
     [[nodiscard]] QSize sizeHint() const override { return {1200, 800}; }
@@ -49,6 +64,10 @@ signals:
     void cursorMoved();
     void pathsDropped(const QStringList& paths);
     void panned(); ///< by the user's hand
+    void clicked(const kelvox::ChartPointer& pointer); ///< on nothing of a layer's
+    /// Right click, press and hold, or the menu key.
+    void menuRequested(const kelvox::ChartPointer& pointer);
+    void pictureShown(); ///< a finished picture of the chart has been taken over
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -63,6 +82,8 @@ protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     bool event(QEvent* event) override;
+    void timerEvent(QTimerEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
     static constexpr int finestScale = 500;
@@ -76,12 +97,17 @@ private:
     void turnAt(QPointF widgetPoint, double degrees);
     void keepPlaceAt(QPointF widgetPoint, SheetPlace place);
     void changed();
+    [[nodiscard]] ChartPointer pointerAt(QPointF widgetPoint,
+                                         Qt::KeyboardModifiers modifiers = {}) const;
+    void stopGliding();
+    void glide();
     void requestPicture();
     [[nodiscard]] bool pictureCovers() const;
     void showPicture(const ChartPicture& picture);
     void paintPicture(QPainter& painter, const ViewFrame& now) const;
 
-    std::function<void(QPainter&, const ViewFrame&)> m_overlay;
+    std::vector<ChartLayer*> m_layers;
+    double m_interfaceScale = 1;
     PictureMaker m_maker;
     std::shared_ptr<const ChartScene> m_scene;
     ChartPicture m_picture;
@@ -89,8 +115,17 @@ private:
     SheetPlace m_center;
     int m_scale = 200'000;
     float m_rotation = 0;
-    std::optional<QPointF> m_dragFrom;
     std::optional<QPointF> m_pointer;
+    // A press until its release: on a layer's thing, or on the chart.
+    std::optional<QPointF> m_pressedAt;
+    std::optional<QPointF> m_dragFrom; ///< the chart is being dragged, or would be
+    ChartLayer* m_pressedLayer = nullptr;
+    bool m_moved = false;
+    QBasicTimer m_holdTimer;
+    // What is left of a drag's speed after the release, widget pixels a millisecond.
+    QPointF m_speed;
+    QElapsedTimer m_sinceMove;
+    QBasicTimer m_glideTimer;
 };
 
 } // namespace kelvox

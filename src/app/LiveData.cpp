@@ -1,56 +1,34 @@
 #include "app/LiveData.h"
 
-#include "ais/AISStrings.h"
-#include "navigation/NavigationStrings.h"
-#include "positioning/PositioningStrings.h"
-
-#include <QApplication>
-
 namespace kelvox {
 
-namespace {
-Strings allStrings()
-{
-    Strings strings{{"NSOK", "OK"}};
-    strings.add(navigationStrings());
-    strings.add(positioningStrings());
-    strings.add(aisStrings());
-    return strings;
-}
-
-/// What must be there before the controllers read their settings.
-MemorySettings defaultSettings()
-{
-    MemorySettings settings;
-    settings.set("ais.useGPSPort", true);
-    settings.set("visual", true);
-    settings.set("showUnderway", true);
-    settings.set("showStationary", true);
-    settings.set("showVesselNames", true);
-    settings.set("showAISClassB", true);
-    return settings;
-}
-} // namespace
-
-LiveData::LiveData(QObject* parent)
+LiveData::LiveData(Settings& settings, const Strings& strings, Alarms& alarms, const Clock& clock,
+                   QObject* parent)
     : QObject(parent)
-    , m_settings(defaultSettings())
-    , m_strings(allStrings())
+    , m_clock(clock)
+    , m_settings(settings)
     , m_notification(m_clock, *this)
-    , m_gps({m_main, m_clock, m_settings, m_strings, *this, m_notification, m_compass})
+    , m_instruments(m_main, m_clock, settings, strings, m_compass)
+    , m_gps({m_main, m_clock, settings, strings, alarms, m_notification, m_compass})
     , m_targets(m_clock)
-    , m_ais({m_main, m_idle, m_clock, m_settings, m_strings, *this, m_compass, m_targets})
+    , m_ais({m_main, m_idle, m_clock, settings, strings, alarms, m_compass, m_targets})
     , m_simulator(m_clock)
 {
+    m_gps.setInstruments(&m_instruments);
     m_gps.setAIS(&m_ais);
     m_gps.setSimulator(&m_simulator);
     m_gps.addListener(m_ais);
     m_gps.addListener(*this);
+    m_instruments.setChanged([this](auto) { emit instrumentsChanged(); });
     m_gps.loadSettings();
+    m_instruments.loadSettings();
     m_ais.loadSettings();
     m_ais.setListHandler([this] { emit targetsChanged(); });
     connect(&m_simulatorTimer, &QTimer::timeout, this, &LiveData::readSimulator);
-    connect(&m_positionTimer, &QTimer::timeout, this, [this] { m_gps.positionTimer(); });
+    connect(&m_positionTimer, &QTimer::timeout, this, [this] {
+        m_gps.positionTimer();
+        m_gps.waypointTimer();
+    });
     connect(&m_ageTimer, &QTimer::timeout, this, [this] { m_ais.aisPositionTimer(); });
     m_positionTimer.start(std::chrono::seconds(1));
     m_ageTimer.start(AISController::timerPeriod);
@@ -83,34 +61,14 @@ void LiveData::plotPosition(Position /*position*/)
     emit vesselMoved();
 }
 
-void LiveData::IdleExecutor::post(std::function<void()> work)
+void LiveData::recordTrack(const TrackSample& sample)
 {
-    QTimer::singleShot(0, QApplication::instance(), std::move(work));
+    emit trackSample(sample);
 }
 
-void LiveData::beep()
+void LiveData::satellitesChanged()
 {
-    QApplication::beep();
-}
-
-void LiveData::playSound(const std::string& /*name*/)
-{
-    QApplication::beep();
-}
-
-void LiveData::speak(const std::string& text)
-{
-    emit alarmRaised(QString::fromStdString(text));
-}
-
-void LiveData::show(const Alert& alert)
-{
-    emit alarmRaised(QString::fromStdString(alert.message));
-}
-
-bool LiveData::isShown(const std::string& /*key*/) const
-{
-    return false;
+    emit satellitesReceived();
 }
 
 void LiveData::post(const std::string& /*name*/, const std::string& /*text*/)

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "ais/AISController.h"
-#include "ais/AISPicture.h"
-#include "base/Executor.h"
-#include "base/Strings.h"
+#include "ais/AISModel.h"
+#include "app/MainExecutor.h"
 #include "positioning/GPSController.h"
+#include "positioning/InstrumentsController.h"
 #include "positioning/NMEASimulator.h"
 
 #include <QObject>
@@ -12,53 +12,49 @@
 
 namespace kelvox {
 
-/// The own vessel and the traffic around it, with what keeps them going. Main thread.
-class LiveData final : public QObject, public GPSListener, private Alarms, private NotificationBus {
+/// The own vessel, its instruments and the traffic around it, with what keeps them going. Main
+/// thread.
+class LiveData final : public QObject, public GPSListener, private NotificationBus {
     Q_OBJECT
 public:
-    explicit LiveData(QObject* parent = nullptr);
+    LiveData(Settings& settings, const Strings& strings, Alarms& alarms, const Clock& clock,
+             QObject* parent = nullptr);
 
     /// Lets the simulated vessel of a description sail; see SimulatorDescription.h.
     [[nodiscard]] Result<void> simulate(const std::filesystem::path& description);
     [[nodiscard]] bool isSimulated() const { return m_simulator.isRunning(); }
+    [[nodiscard]] NMEASimulator& simulator() { return m_simulator; }
 
-    [[nodiscard]] const GPSController& gps() const { return m_gps; }
+    [[nodiscard]] GPSController& gps() { return m_gps; }
+    [[nodiscard]] InstrumentsController& instruments() { return m_instruments; }
     [[nodiscard]] AISController& ais() { return m_ais; }
     [[nodiscard]] const Compass& compass() const { return m_compass; }
     [[nodiscard]] const Settings& settings() const { return m_settings; }
     [[nodiscard]] AISPosition::Time now() const { return m_clock.now(); }
 
     void plotPosition(Position position) override;
+    void recordTrack(const TrackSample& sample) override;
+    void satellitesChanged() override;
 
 signals:
     void vesselMoved();
     void targetsChanged();
-    void alarmRaised(const QString& message);
+    void instrumentsChanged();
+    void satellitesReceived();
+    void trackSample(const kelvox::TrackSample& sample);
 
 private:
-    /// Runs work when the event loop has nothing else to do.
-    class IdleExecutor final : public Executor {
-    public:
-        void post(std::function<void()> work) override;
-        void performAndWait(std::function<void()> work) override { work(); }
-    };
-
     void readSimulator();
-    void beep() override;
-    void playSound(const std::string& name) override;
-    void speak(const std::string& text) override;
-    void show(const Alert& alert) override;
-    [[nodiscard]] bool isShown(const std::string& key) const override;
     [[nodiscard]] bool companionRuns() const override { return false; }
     void post(const std::string& name, const std::string& text) override;
 
-    SystemClock m_clock;
+    const Clock& m_clock;
+    Settings& m_settings;
     InlineExecutor m_main; ///< the simulator is read on the main thread
     IdleExecutor m_idle;
-    MemorySettings m_settings;
-    Strings m_strings;
     Compass m_compass;
     GPSNotification m_notification;
+    InstrumentsController m_instruments;
     GPSController m_gps;
     AISModel m_targets;
     AISController m_ais;

@@ -1,25 +1,29 @@
 #include "app/MainWindow.h"
 
-#include "navigation/NavigationStrings.h"
-#include "painting/PainterCanvas.h"
+#include "app/FurnitureLayer.h"
+#include "app/InstrumentColumn.h"
+#include "app/Text.h"
+#include "app/VesselLayer.h"
+#include "app/panels/Panels.h"
+#include "navigation/NavMath.h"
+#include "navigation/ValueFormatters.h"
 #include "presentation/S52Lookup.h"
 
-#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QDateTime>
 #include <QFileDialog>
+#include <QHBoxLayout>
 #include <QLocale>
-#include <QMenuBar>
-#include <QStatusBar>
+#include <QMenu>
+#include <QShortcut>
+
+#include <cmath>
 
 namespace kelvox {
 
 namespace {
-QString cellTypeName(int scale)
-{
-    static const Strings names{{"NSBerthing", "Berthing"}, {"NSHarbor", "Harbour"},
-                               {"NSApproach", "Approach"}, {"NSCoastal", "Coastal"},
-                               {"NSGeneral", "General"},   {"NSOverview", "Overview"}};
-    return QString::fromStdString(names.text(ChartSettingsController::cellTypeNameKey(scale)));
-}
+constexpr auto noteTime = std::chrono::seconds(6);
 
 std::vector<std::filesystem::path> toPaths(const QStringList& names)
 {
@@ -28,126 +32,468 @@ std::vector<std::filesystem::path> toPaths(const QStringList& names)
         paths.emplace_back(name.toStdString());
     return paths;
 }
+
+QFrame* makeFrame(const QString& name, QWidget* parent)
+{
+    auto* frame = new QFrame(parent);
+    frame->setObjectName(name);
+    frame->setAutoFillBackground(true);
+    return frame;
+}
+
+/// Removes what a layout held, so that it can be filled anew.
+QToolButton* makeButton(QWidget* parent, const QString& name)
+{
+    auto* button = new QToolButton(parent);
+    button->setObjectName(name);
+    button->setFocusPolicy(Qt::TabFocus);
+    return button;
+}
 } // namespace
 
-MainWindow::MainWindow(S52Model& library, WorkerPool& pool)
-    : m_library(library)
-    , m_presentation(library)
-    , m_loader(pool)
-    , m_chart(new ChartView(pool, this))
-    , m_latitude(NSPositionFormatter::Latitude, navigationStrings())
-    , m_longitude(NSPositionFormatter::Longitude, navigationStrings())
+MainWindow::MainWindow(Program& program)
+    : m_program(program)
+    , m_commands(*this, program.settings())
+    , m_loader(program.pool())
+    , m_area(new QWidget(this))
+    , m_chart(new ChartView(program.pool(), m_area))
+    , m_topBar(makeFrame(QStringLiteral("topBar"), this))
+    , m_rail(makeFrame(QStringLiteral("rail"), this))
+    , m_statusLine(makeFrame(QStringLiteral("statusLine"), this))
+    , m_instruments(new InstrumentColumn(program, this))
+    , m_panels(new PanelHost(*this, *m_area, program.settings()))
+    , m_banner(new AlarmBanner(program.alarms(), *m_area))
+    , m_mobButton(new QPushButton(this))
+    , m_note(new QLabel(m_area))
+    , m_card(makeFrame(QStringLiteral("card"), m_area))
+    , m_latitude(NSPositionFormatter::Latitude, textCatalog().strings())
+    , m_longitude(NSPositionFormatter::Longitude, textCatalog().strings())
 {
     setWindowTitle(QStringLiteral("Kelvox"));
-    setCentralWidget(m_chart);
-    buildMenus();
-    buildStatusBar();
-    setPalette(Palette::Day);
+    setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
+    setMinimumSize(640, 480);
+
+    auto* central = new QWidget(this);
+    auto* rows = new QVBoxLayout(central);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(0);
+    auto* columns = new QHBoxLayout;
+    columns->setSpacing(0);
+    columns->addWidget(m_rail);
+    columns->addWidget(m_area, 1);
+    columns->addWidget(m_instruments);
+    rows->addWidget(m_topBar);
+    rows->addLayout(columns, 1);
+    rows->addWidget(m_statusLine);
+    setCentralWidget(central);
+
+    m_note->setObjectName(QStringLiteral("card"));
+    m_note->setAutoFillBackground(true);
+    m_note->setWordWrap(true);
+    m_note->hide();
+    m_noteTimer.setSingleShot(true);
+    connect(&m_noteTimer, &QTimer::timeout, m_note, &QWidget::hide);
+    auto* cardRows = new QVBoxLayout(m_card);
+    auto* cardHeading = new QHBoxLayout;
+    m_cardTitle = new QLabel(m_card);
+    m_cardTitle->setObjectName(QStringLiteral("panelTitle"));
+    auto* cardClose = makeButton(m_card, QStringLiteral("cardClose"));
+    cardClose->setAccessibleName(text("NSClose"));
+    connect(cardClose, &QToolButton::clicked, this, [this] { showCard({}, nullptr); });
+    m_railButtons.emplace_back(cardClose, QStringLiteral("close"));
+    cardHeading->addWidget(m_cardTitle, 1);
+    cardHeading->addWidget(cardClose);
+    cardRows->addLayout(cardHeading);
+    m_card->hide();
+
+    buildCommands();
+    buildTopBar();
+    buildRail();
+    buildStatusLine();
+
+    m_layers.push_back(std::make_unique<VesselLayer>(program.live()));
+    m_layers.push_back(std::make_unique<FurnitureLayer>([this] { m_chart->northUp(); }));
+    addPanelsAndLayers(*this);
+    for (SidePanel* panel : m_panels->panels()) {
+        auto* button = makeButton(m_rail, QStringLiteral("rail.") + panel->name());
+        button->setCheckable(true);
+        button->setToolTip(text(panel->titleKey()));
+        button->setAccessibleName(text(panel->titleKey()));
+        connect(button, &QToolButton::clicked, this,
+                [this, panel] { m_panels->toggle(panel->name()); });
+        static_cast<QVBoxLayout*>(m_rail->layout())
+            ->insertWidget(static_cast<int>(m_panelButtons.size()) + 1, button, 0,
+                           Qt::AlignHCenter);
+        m_railButtons.emplace_back(button, panel->icon());
+        m_panelButtons.emplace_back(button, panel);
+    }
+    buildMenu();
+    setTool(nullptr);
+
     connect(m_chart, &ChartView::viewChanged, this, &MainWindow::updateStatus);
     connect(m_chart, &ChartView::cursorMoved, this, &MainWindow::updateCursor);
     connect(m_chart, &ChartView::pathsDropped, this,
-            [this](const QStringList& names) { open(toPaths(names)); });
+            [this](const QStringList& names) { openFiles(toPaths(names)); });
+    connect(m_chart, &ChartView::menuRequested, this, &MainWindow::showMenu);
+    connect(m_chart, &ChartView::panned, this, [this] { setFollowing(false); });
     connect(&m_loader, &ChartLoader::cellLoaded, this, &MainWindow::addCell);
     connect(&m_loader, &ChartLoader::finished, this, &MainWindow::loadingFinished);
-    connect(&m_loader, &ChartLoader::failed, this,
-            [this](const QString& message) { statusBar()->showMessage(message, 15'000); });
-    m_chart->setOverlay([this](QPainter& painter, const ViewFrame& frame) {
-        m_liveLayer.paint(painter, m_live, frame, *m_scene.portrayal);
+    connect(&m_loader, &ChartLoader::failed, this, &MainWindow::showNote);
+    connect(&program.live(), &LiveData::vesselMoved, this, &MainWindow::updateVessel);
+    connect(&program.live(), &LiveData::targetsChanged, m_chart, qOverload<>(&QWidget::update));
+    for (const auto signal :
+         {&Program::waypointsChanged, &Program::routesChanged, &Program::tracksChanged,
+          &Program::steeringChanged, &Program::weatherChanged})
+        connect(&program, signal, m_chart, qOverload<>(&QWidget::update));
+    connect(&program, &Program::schemeChanged, this, &MainWindow::restyle);
+    connect(&program, &Program::unitsChanged, this, [this] {
+        updateStatus();
+        updateCursor();
+        m_chart->update();
     });
-    connect(m_chart, &ChartView::panned, this, [this] { setFollowing(false); });
-    connect(&m_live, &LiveData::vesselMoved, this, &MainWindow::updateVessel);
-    connect(&m_live, &LiveData::targetsChanged, m_chart, qOverload<>(&QWidget::update));
-    connect(&m_live, &LiveData::alarmRaised, this,
-            [this](const QString& message) { statusBar()->showMessage(message); });
+    connect(&program.alarms(), &AlarmCenter::changed, this, &MainWindow::updateAlarms);
+    connect(m_panels, &PanelHost::changed, this, &MainWindow::updateRail);
     m_chart->setFocus();
-    resize(1280, 860);
+    restyle();
+    restoreView();
+    m_panels->restore();
+    updateAlarms();
+    for (const QString& message : program.startMessages())
+        showNote(message);
 }
 
-void MainWindow::buildMenus()
+MainWindow::~MainWindow()
 {
-    auto* file = menuBar()->addMenu(tr("&File"));
-    file->addAction(tr("&Open charts…"), QKeySequence::Open, this, &MainWindow::chooseFiles);
-    file->addAction(tr("Open &folder…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O), this,
-                    &MainWindow::chooseFolder);
-    file->addAction(tr("&Close all charts"), QKeySequence::Close, this, &MainWindow::closeCharts);
-    file->addSeparator();
-    file->addAction(tr("&Quit"), QKeySequence::Quit, this, &QWidget::close);
+    m_chart->setLayers({});
+}
 
-    auto* view = menuBar()->addMenu(tr("&View"));
-    view->addAction(tr("Zoom &in"), QKeySequence::ZoomIn, m_chart, &ChartView::zoomIn);
-    view->addAction(tr("Zoom &out"), QKeySequence::ZoomOut, m_chart, &ChartView::zoomOut);
-    view->addAction(tr("&Fit charts"), QKeySequence(Qt::Key_Home), this, &MainWindow::fitAll);
-    m_followAction = view->addAction(tr("Follow the &vessel"), QKeySequence(Qt::Key_F), this,
-                                     [this] { setFollowing(m_followAction->isChecked()); });
-    m_followAction->setCheckable(true);
-    view->addAction(tr("&North up"), QKeySequence(Qt::Key_Slash), m_chart, &ChartView::northUp);
-    view->addSeparator();
-    auto* group = new QActionGroup(this);
-    const auto addPalette = [&](const QString& name, Palette palette) {
-        auto* action = view->addAction(name, this, [this, palette] { setPalette(palette); });
-        action->setCheckable(true);
-        action->setChecked(palette == Palette::Day);
-        group->addAction(action);
+void MainWindow::buildCommands()
+{
+    Commands& c = m_commands;
+    const std::string file = "NSMenuFile";
+    const std::string view = "NSMenuView";
+    const std::string edit = "NSMenuEdit";
+    c.add("file.open", file, QKeySequence::Open, [this] { chooseFiles(); });
+    c.add("file.openFolder", file, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O),
+          [this] { chooseFolder(); });
+    c.add("file.closeCharts", file, {}, [this] { closeCharts(); });
+    c.add("file.newWindow", file, QKeySequence::New, [this] {
+        auto* other = new MainWindow(m_program);
+        other->setAttribute(Qt::WA_DeleteOnClose);
+        other->m_scene = m_scene;
+        other->updateScene();
+        other->m_chart->centerOn(m_chart->center());
+        other->m_chart->setScale(m_chart->scale());
+        other->resize(size());
+        other->show();
+    });
+    c.add("file.save", file, QKeySequence::Save, [this] {
+        m_program.save();
+        showNote(text("NSSaved"));
+    });
+    c.add("file.quit", file, QKeySequence::Quit, [] { QApplication::closeAllWindows(); });
+    c.add("edit.undo", edit, QKeySequence::Undo, [this] { m_program.undo(); });
+    c.add("edit.redo", edit, QKeySequence::Redo, [this] { m_program.redo(); });
+
+    c.add("chart.zoomIn", view, QKeySequence::ZoomIn, [this] { m_chart->zoomIn(); });
+    c.add("chart.zoomOut", view, QKeySequence::ZoomOut, [this] { m_chart->zoomOut(); });
+    c.add("chart.fit", view, QKeySequence(Qt::Key_Home), [this] { fitAll(); });
+    c.addSwitch("chart.follow", view, QKeySequence(Qt::Key_F),
+                [this](bool on) { setFollowing(on); });
+    c.addSwitch("chart.courseUp", view, QKeySequence(Qt::Key_C),
+                [this](bool on) { setCourseUp(on); });
+    c.add("chart.northUp", view, QKeySequence(Qt::Key_Slash), [this] {
+        setCourseUp(false);
+        m_chart->northUp();
+    });
+    const std::pair<const char*, ColorScheme> schemes[] = {{"view.day", ColorScheme::Day},
+                                                           {"view.dusk", ColorScheme::Dusk},
+                                                           {"view.night", ColorScheme::Night}};
+    for (const auto& [id, scheme] : schemes)
+        c.addSwitch(id, view, {}, [this, scheme = scheme](bool) { m_program.setScheme(scheme); });
+    c.add("view.nextScheme", view, QKeySequence(Qt::Key_N), [this] {
+        m_program.setScheme(
+            static_cast<ColorScheme>((static_cast<int>(m_program.scheme()) + 1) % 3));
+    });
+    c.addSwitch("view.instruments", view, QKeySequence(Qt::Key_I), [this](bool on) {
+        m_instruments->setVisible(on);
+        m_program.settings().set("window.instruments", on);
+    });
+    c.addSwitch("view.fullScreen", view, QKeySequence(Qt::Key_F11), [this](bool on) {
+        setWindowState(on ? windowState() | Qt::WindowFullScreen
+                          : windowState() & ~Qt::WindowFullScreen);
+    });
+    c.add("vessel.manOverboard", "NSMenuVessel", QKeySequence(Qt::CTRL | Qt::Key_Space),
+          [this] { manOverboard(); });
+}
+
+void MainWindow::buildTopBar()
+{
+    auto* row = new QHBoxLayout(m_topBar);
+    row->setContentsMargins(0, 0, 0, 0);
+    m_menuButton = makeButton(m_topBar, QStringLiteral("menuButton"));
+    m_menuButton->setPopupMode(QToolButton::InstantPopup);
+    m_menuButton->setAccessibleName(text("NSMenu"));
+    m_menuButton->setToolTip(text("NSMenu"));
+    m_railButtons.emplace_back(m_menuButton, QStringLiteral("menu"));
+    auto* name = new QLabel(QStringLiteral("Kelvox"), m_topBar);
+    name->setProperty("role", QStringLiteral("heading"));
+    m_schemeButton = makeButton(m_topBar, QStringLiteral("schemeButton"));
+    m_schemeButton->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_schemeButton->setToolTip(text("NSCommand.view.nextScheme"));
+    connect(m_schemeButton, &QToolButton::clicked, m_commands.action("view.nextScheme"),
+            &QAction::trigger);
+    m_alarmsButton = makeButton(m_topBar, QStringLiteral("alarmsButton"));
+    m_alarmsButton->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_alarmsButton->setToolTip(text("NSAlarms"));
+    m_alarmsButton->setAccessibleName(text("NSAlarms"));
+    connect(m_alarmsButton, &QToolButton::clicked, this,
+            [this] { m_panels->toggle(QStringLiteral("alarms")); });
+    row->addWidget(m_menuButton);
+    row->addWidget(name);
+    row->addStretch(1);
+    row->addStretch(1);
+    row->addWidget(m_schemeButton);
+    row->addWidget(m_alarmsButton);
+}
+
+void MainWindow::buildMenu()
+{
+    auto* menu = new QMenu(m_menuButton);
+    std::map<std::string, QMenu*> groups;
+    for (const Commands::Command& command : m_commands.all()) {
+        QMenu*& group = groups[command.group];
+        if (!group)
+            group = menu->addMenu(text(command.group));
+        group->addAction(command.action);
+    }
+    m_menuButton->setMenu(menu);
+}
+
+void MainWindow::buildRail()
+{
+    auto* column = new QVBoxLayout(m_rail);
+    column->setSpacing(0);
+    auto* follow = makeButton(m_rail, QStringLiteral("rail.follow"));
+    follow->setDefaultAction(m_commands.action("chart.follow"));
+    follow->setAccessibleName(text("NSCommand.chart.follow"));
+    m_railButtons.emplace_back(follow, QStringLiteral("follow"));
+    column->addWidget(follow, 0, Qt::AlignHCenter);
+    column->addStretch(1);
+    m_mobButton->setObjectName(QStringLiteral("mobButton"));
+    m_mobButton->setText(QStringLiteral("MOB"));
+    m_mobButton->setAccessibleName(text("NSCommand.vessel.manOverboard"));
+    m_mobButton->setToolTip(text("NSCommand.vessel.manOverboard"));
+    m_mobButton->setFocusPolicy(Qt::TabFocus);
+    connect(m_mobButton, &QPushButton::clicked, this, &MainWindow::manOverboard);
+    column->addWidget(m_mobButton, 0, Qt::AlignHCenter);
+}
+
+void MainWindow::buildStatusLine()
+{
+    auto* row = new QHBoxLayout(m_statusLine);
+    const auto add = [&](QLabel*& label, int stretch = 0) {
+        label = new QLabel(m_statusLine);
+        row->addWidget(label, stretch);
     };
-    addPalette(tr("&Day"), Palette::Day);
-    addPalette(tr("D&usk"), Palette::Dusk);
-    addPalette(tr("Nigh&t"), Palette::Night);
-    auto* next = new QAction(tr("Next colour scheme"), this);
-    next->setShortcut(Qt::Key_N);
-    connect(next, &QAction::triggered, this, [group] {
-        const auto actions = group->actions();
-        const auto current = actions.indexOf(group->checkedAction());
-        actions[(current + 1) % actions.size()]->trigger();
-    });
-    addAction(next);
-    view->addSeparator();
-    auto* fullScreen = view->addAction(tr("Full &screen"), QKeySequence(Qt::Key_F11), this, [this] {
-        setWindowState(windowState() ^ Qt::WindowFullScreen);
-    });
-    addAction(fullScreen);
+    add(m_positionLabel);
+    add(m_rangeLabel, 1);
+    add(m_rotationLabel);
+    add(m_scaleLabel);
+    add(m_cellLabel);
+    add(m_gpsLabel);
 }
 
-void MainWindow::buildStatusBar()
+void MainWindow::restyle()
 {
-    m_positionLabel = new QLabel(this);
-    m_scaleLabel = new QLabel(this);
-    m_rotationLabel = new QLabel(this);
-    m_cellLabel = new QLabel(this);
-    statusBar()->addWidget(m_positionLabel);
-    m_vesselLabel = new QLabel(this);
-    statusBar()->addPermanentWidget(m_vesselLabel);
-    statusBar()->addPermanentWidget(m_rotationLabel);
-    statusBar()->addPermanentWidget(m_scaleLabel);
-    statusBar()->addPermanentWidget(m_cellLabel);
-    statusBar()->setSizeGripEnabled(false);
-}
-
-void MainWindow::setPalette(Palette palette)
-{
-    m_presentation.setColorTable(static_cast<int>(palette) + 1);
-    m_scene.portrayal = m_presentation.portrayal();
+    const Theme& theme = Theme::theme();
+    m_topBar->setFixedHeight(theme.px(40));
+    m_rail->setFixedWidth(theme.px(64));
+    m_instruments->setFixedWidth(theme.px(188));
+    m_statusLine->setFixedHeight(theme.px(28));
+    m_statusLine->layout()->setContentsMargins(theme.px(12), 0, theme.px(12), 0);
+    static_cast<QHBoxLayout*>(m_statusLine->layout())->setSpacing(theme.px(20));
+    m_rail->layout()->setContentsMargins(0, theme.px(8), 0, theme.px(8));
+    for (const auto& [button, icon] : m_railButtons) {
+        if (button->defaultAction())
+            button->defaultAction()->setIcon(theme.icon(icon));
+        else
+            button->setIcon(theme.icon(icon));
+        button->setIconSize(QSize(theme.px(24), theme.px(24)));
+        button->setFixedSize(theme.px(button->parentWidget() == m_rail ? 56 : 40),
+                             theme.px(button->parentWidget() == m_rail ? 48 : 40));
+    }
+    const char* const words[] = {"NSDay", "NSDusk", "NSNight"};
+    const auto scheme = static_cast<int>(m_program.scheme());
+    m_schemeButton->setText(text(words[scheme]));
+    m_schemeButton->setIcon(theme.icon(QStringLiteral("scheme")));
+    m_schemeButton->setIconSize(QSize(theme.px(20), theme.px(20)));
+    m_schemeButton->setFixedHeight(theme.px(40));
+    m_alarmsButton->setIconSize(QSize(theme.px(20), theme.px(20)));
+    m_alarmsButton->setFixedHeight(theme.px(40));
+    const char* const ids[] = {"view.day", "view.dusk", "view.night"};
+    for (int i = 0; i < 3; ++i)
+        m_commands.action(ids[i])->setChecked(i == scheme);
+    m_note->setMargin(theme.px(12));
+    m_card->layout()->setContentsMargins(theme.px(12), theme.px(4), theme.px(4), theme.px(12));
+    m_chart->setInterfaceScale(theme.scale());
+    m_panels->restyle();
+    m_banner->restyle();
+    m_scene.portrayal = m_program.presentation().portrayal();
+    const PaletteScheme palettes[] = {PaletteScheme::Day, PaletteScheme::Dusk,
+                                      PaletteScheme::Night};
+    m_scene.palette = palettes[scheme];
     if (m_scene.portrayal->colors.empty())
-        statusBar()->showMessage(tr("The presentation library has no colours for this scheme"));
-    applyStyle(m_scene.portrayal->colors);
+        showNote(text("NSNoColours"));
     updateScene();
+    updateAlarms();
+    updateRail();
+    placeOverlays();
 }
 
-void MainWindow::applyStyle(const S52CcieMap& colors)
+void MainWindow::placeOverlays()
 {
-    const auto name = [&](const char* token) {
-        const auto it = colors.find(token);
-        return it == colors.end() ? QStringLiteral("gray") : toQColor(it->second.color).name();
+    m_chart->setGeometry(m_area->rect());
+    m_panels->place();
+    m_banner->place();
+    const Theme& theme = Theme::theme();
+    const int margin = theme.px(16);
+    if (!m_note->isHidden()) {
+        m_note->setFixedWidth(std::min(theme.px(480), m_area->width() - 2 * margin));
+        m_note->adjustSize();
+        m_note->move((m_area->width() - m_note->width()) / 2,
+                     m_area->height() - m_note->height() - 4 * margin);
+        m_note->raise();
+    }
+    if (!m_card->isHidden()) {
+        m_card->setMaximumHeight(m_area->height() - 2 * margin);
+        m_card->setFixedWidth(std::min(theme.px(380), m_area->width() - 2 * margin));
+        m_card->adjustSize();
+        m_card->move(m_area->width() - m_card->width() - margin,
+                     m_area->height() - m_card->height() - 3 * margin);
+        m_card->raise();
+    }
+    m_banner->raise();
+}
+
+void MainWindow::resizeEvent(QResizeEvent* event)
+{
+    QMainWindow::resizeEvent(event);
+    // The area gets its size with the layout, after this event.
+    QTimer::singleShot(0, this, &MainWindow::placeOverlays);
+}
+
+void MainWindow::changeEvent(QEvent* event)
+{
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::WindowStateChange)
+        if (auto* action = m_commands.action("view.fullScreen"))
+            action->setChecked(isFullScreen());
+}
+
+void MainWindow::addLayer(std::unique_ptr<ChartLayer> layer)
+{
+    // The glass with its furniture stays on top.
+    m_layers.insert(m_layers.end() - 1, std::move(layer));
+}
+
+void MainWindow::addPanel(SidePanel* panel)
+{
+    m_panels->add(panel);
+}
+
+void MainWindow::setTool(ChartLayer* tool)
+{
+    m_tool = tool;
+    std::vector<ChartLayer*> layers;
+    for (const auto& layer : m_layers)
+        layers.push_back(layer.get());
+    if (tool)
+        layers.push_back(tool);
+    m_chart->setLayers(std::move(layers));
+    m_chart->setCursor(tool ? Qt::CrossCursor : Qt::ArrowCursor);
+}
+
+SidePanel* MainWindow::openPanel(const QString& name)
+{
+    return m_panels->open(name);
+}
+
+void MainWindow::showPosition(Position position)
+{
+    setFollowing(false);
+    m_chart->centerOn(position);
+}
+
+void MainWindow::showNote(const QString& note)
+{
+    m_note->setText(note);
+    m_note->show();
+    m_noteTimer.start(noteTime);
+    placeOverlays();
+}
+
+void MainWindow::showCard(const QString& title, QWidget* content)
+{
+    if (m_cardContent) {
+        m_card->layout()->removeWidget(m_cardContent);
+        m_cardContent->deleteLater();
+    }
+    m_cardContent = content;
+    m_card->setVisible(content != nullptr);
+    if (!content)
+        return;
+    m_cardTitle->setText(title);
+    content->setParent(m_card);
+    m_card->layout()->addWidget(content);
+    content->show();
+    placeOverlays();
+}
+
+void MainWindow::openFiles(const std::vector<std::filesystem::path>& files)
+{
+    open(files);
+}
+
+void MainWindow::showMenu(const ChartPointer& pointer)
+{
+    QMenu menu(this);
+    const ViewFrame frame = m_chart->frame();
+    for (auto it = m_layers.rbegin(); it != m_layers.rend(); ++it)
+        (*it)->addToMenu(menu, pointer, frame);
+    menu.addAction(text("NSCentreHere"), this, [this, pointer] { showPosition(pointer.position); });
+    menu.exec(m_chart->mapToGlobal(pointer.at.toPoint()));
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    rememberView();
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::restoreView()
+{
+    const Settings& settings = m_program.settings();
+    const auto bytes = [&](const char* key) {
+        return QByteArray::fromBase64(QByteArray::fromStdString(settings.text(key)));
     };
-    setStyleSheet(
-        QStringLiteral("QMenuBar, QStatusBar, QMenu { background: %1; color: %2; }"
-                       "QMenuBar::item { padding: 6px 12px; background: transparent; }"
-                       "QMenuBar::item:selected, QMenu::item:selected"
-                       " { background: %3; color: %4; }"
-                       "QMenu { border: 1px solid %5; }"
-                       "QMenu::item { padding: 6px 28px; }"
-                       "QStatusBar::item { border: none; }"
-                       "QStatusBar QLabel { color: %2; padding: 3px 10px; }")
-            .arg(name("UIBCK"), name("UINFD"), name("UINFB"), name("UIBCK"), name("UIBDR")));
+    if (!restoreGeometry(bytes("window.geometry")))
+        resize(1280, 800);
+    const bool instruments = settings.boolean("window.instruments", true);
+    m_instruments->setVisible(instruments);
+    m_commands.action("view.instruments")->setChecked(instruments);
+}
+
+void MainWindow::rememberView()
+{
+    Settings& settings = m_program.settings();
+    settings.set("window.geometry", saveGeometry().toBase64().toStdString());
+    settings.set("window.state", saveState().toBase64().toStdString());
+    settings.set("chart.scale", static_cast<long long>(m_chart->scale()));
+    const Position center = m_chart->center();
+    settings.set("chart.latitude", center.latitude);
+    settings.set("chart.longitude", center.longitude);
+    m_panels->remember();
 }
 
 void MainWindow::open(const std::vector<std::filesystem::path>& paths)
@@ -156,37 +502,77 @@ void MainWindow::open(const std::vector<std::filesystem::path>& paths)
     m_loader.open(paths);
 }
 
-void MainWindow::openDemo(const std::filesystem::path& resources)
+void MainWindow::openDemo()
 {
     constexpr int demoScale = 50'000;
+    const auto& resources = m_program.places().resources;
     open({resources / "demo"});
     m_fitWhenLoaded = false;
     m_chart->setScale(demoScale);
     setFollowing(true);
-    if (const auto started = m_live.simulate(resources / "simulation.json"); !started)
-        statusBar()->showMessage(QString::fromStdString(started.error().message));
+    if (const auto started = m_program.live().simulate(resources / "simulation.json"); !started)
+        showNote(QString::fromStdString(started.error().message));
 }
 
 void MainWindow::setFollowing(bool on)
 {
-    m_followAction->setChecked(on);
+    m_commands.action("chart.follow")->setChecked(on);
     if (on)
         updateVessel();
 }
 
+void MainWindow::setCourseUp(bool on)
+{
+    m_commands.action("chart.courseUp")->setChecked(on);
+    if (on)
+        setFollowing(true);
+    else
+        m_chart->northUp();
+}
+
 void MainWindow::updateVessel()
 {
-    const GPSController& gps = m_live.gps();
-    if (gps.position().isKnown() && m_followAction->isChecked())
-        m_chart->centerOn(gps.position());
-    m_vesselLabel->setText((m_live.isSimulated() ? tr("Demo  ") : QString())
-                           + QString::fromStdString(gps.cog() + "  " + gps.sog()));
+    const GPSController& gps = m_program.live().gps();
+    m_gpsLabel->setText(gps.positionIsStale()                ? text("NSGpsLost")
+                            : m_program.live().isSimulated() ? text("NSGpsDemo")
+                                                             : text("NSGpsGood"));
+    if (gps.position().isKnown() && m_commands.action("chart.follow")->isChecked()) {
+        const bool courseUp = m_commands.action("chart.courseUp")->isChecked();
+        if (courseUp && isKnown(gps.courseOverGround()))
+            m_chart->setRotation(gps.courseOverGround());
+        // Course up, more of the water ahead is worth seeing.
+        m_chart->keepAt(gps.position(), {0.5, courseUp ? 0.7 : 0.5});
+    }
     m_chart->update();
+}
+
+void MainWindow::manOverboard()
+{
+    const Position position = m_program.live().gps().position();
+    if (!position.isKnown()) {
+        showNote(text("NSNoGPSPositionData"));
+        return;
+    }
+    const QString name = QStringLiteral("MOB %1").arg(
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH.mm.ss")));
+    const auto waypoint = m_program.waypointController().createWaypoint(
+        name.toStdString(), {}, 0, WaypointsModel::GroupCode::None, position.longitude,
+        position.latitude);
+    m_program.routeController().cancelRoute();
+    m_program.waypointController().onWaypointGoto(waypoint);
+    m_program.alarms().show({.key = "NSManOverboard",
+                             .message = text("NSManOverboard").toStdString(),
+                             .informativeText = m_latitude.stringForObjectValue(position.latitude)
+                                 + "  " + m_longitude.stringForObjectValue(position.longitude),
+                             .button = text("NSOK").toStdString()});
+    if (m_program.settings().boolean("audio"))
+        m_program.alarms().speak(text("NSManOverboard").toStdString());
+    setFollowing(true);
 }
 
 void MainWindow::addCell(const std::shared_ptr<const CellGeometry>& geometry)
 {
-    S52Lookup::setS52Lupts(geometry->cell(), m_library);
+    S52Lookup::setS52Lupts(geometry->cell(), m_program.library());
     // The same file opened again takes the place of the old one.
     const auto& path = geometry->cell().s57CatalogRecord()->path;
     std::erase_if(m_scene.cells, [&](const auto& other) {
@@ -233,15 +619,16 @@ void MainWindow::updateStatus()
 {
     const int scale = m_chart->scale();
     m_scaleLabel->setText(QStringLiteral("1:%1  %2")
-                              .arg(QLocale(QLocale::English).toString(scale), cellTypeName(scale)));
+                              .arg(QLocale(QLocale::English).toString(scale),
+                                   text(ChartSettingsController::cellTypeNameKey(scale))));
     const int heading = qRound(m_chart->rotation()) % 360;
     m_rotationLabel->setText(
         heading == 0 ? QString() : QStringLiteral("⟲ %1°").arg(heading, 3, 10, QChar('0')));
     const auto count = m_scene.cells.size();
-    m_cellLabel->setText(count == 0       ? tr("No chart open: drop a folder here")
+    m_cellLabel->setText(count == 0       ? text("NSNoChartOpen")
                              : count == 1 ? QString::fromStdString(
                                    m_scene.cells.front()->cell().s57CatalogRecord()->path.stem())
-                                          : tr("%1 cells").arg(count));
+                                          : countedText("NSCellCount", count));
 }
 
 void MainWindow::updateCursor()
@@ -251,21 +638,48 @@ void MainWindow::updateCursor()
                                  m_latitude.stringForObjectValue(position->latitude) + "   "
                                  + m_longitude.stringForObjectValue(position->longitude))
                                       : QString());
+    const Position vessel = m_program.live().gps().position();
+    QString range;
+    if (position && vessel.isKnown()) {
+        range =
+            text("NSRangeBearing",
+                 {QString::fromStdString(NSDtwFormatter().stringForObjectValue(
+                      NavMath::distanceFromPoint(vessel, *position))),
+                  QString::fromStdString(
+                      NSCogFormatter(textCatalog().strings())
+                          .stringForObjectValue(NavMath::bearingFromPoint(vessel, *position)))});
+    }
+    m_rangeLabel->setText(range);
+}
+
+void MainWindow::updateRail()
+{
+    for (const auto& [button, panel] : m_panelButtons)
+        button->setChecked(m_panels->isOpen(panel->name()));
+}
+
+void MainWindow::updateAlarms()
+{
+    const auto count = m_program.alarms().active().size();
+    const Theme& theme = Theme::theme();
+    m_alarmsButton->setText(QString::number(count));
+    m_alarmsButton->setIcon(
+        theme.icon(QStringLiteral("alarm"), count > 0 ? theme.colors().red : theme.colors().text));
 }
 
 void MainWindow::chooseFiles()
 {
-    const auto names = QFileDialog::getOpenFileNames(
-        this, tr("Open charts"), {}, tr("Charts (*.000 CATALOG.031);;All files (*)"));
+    const auto names =
+        QFileDialog::getOpenFileNames(this, text("NSOpenTitle"), {}, text("NSOpenFilter"));
     if (!names.isEmpty())
-        open(toPaths(names));
+        openFiles(toPaths(names));
 }
 
 void MainWindow::chooseFolder()
 {
-    const auto name = QFileDialog::getExistingDirectory(this, tr("Open a folder of charts"));
+    const auto name = QFileDialog::getExistingDirectory(this, text("NSOpenFolderTitle"));
     if (!name.isEmpty())
-        open(toPaths({name}));
+        openFiles(toPaths({name}));
 }
 
 } // namespace kelvox

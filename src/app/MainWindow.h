@@ -1,34 +1,72 @@
 #pragma once
 
+#include "app/AlarmBanner.h"
+#include "app/ChartHost.h"
+#include "app/ChartLayer.h"
 #include "app/ChartLoader.h"
 #include "app/ChartView.h"
-#include "app/LiveLayer.h"
-#include "base/Strings.h"
+#include "app/Commands.h"
+#include "app/PanelHost.h"
+#include "app/Program.h"
 #include "navigation/PositionFormatter.h"
-#include "presentation/S52Render.h"
 
 #include <QLabel>
 #include <QMainWindow>
+#include <QPushButton>
+
+#include <memory>
 
 namespace kelvox {
 
-/// The program's window: the chart edge to edge, a slim bar above, a status line below.
-class MainWindow final : public QMainWindow {
+class InstrumentColumn;
+class VesselLayer;
+
+/// A chart window: the chart edge to edge, a slim bar above, a rail at the left, instruments at the
+/// right, a status line below. Several may be open on one program.
+class MainWindow final : public QMainWindow, public ChartHost {
     Q_OBJECT
 public:
-    MainWindow(S52Model& library, WorkerPool& pool);
+    explicit MainWindow(Program& program);
+    ~MainWindow() override;
 
     /// Opens cells, folders and catalogues in addition to those shown.
     void open(const std::vector<std::filesystem::path>& paths);
     /// Opens the demo charts and lets the simulated vessel sail in them.
-    void openDemo(const std::filesystem::path& resources);
+    void openDemo();
+
+    [[nodiscard]] Program& program() override { return m_program; }
+    [[nodiscard]] ChartView& chart() override { return *m_chart; }
+    [[nodiscard]] Commands& commands() override { return m_commands; }
+    [[nodiscard]] QWidget& window() override { return *this; }
+    SidePanel* openPanel(const QString& name) override;
+    void showPosition(Position position) override;
+    void showNote(const QString& note) override;
+    void showCard(const QString& title, QWidget* content) override;
+    void setTool(ChartLayer* tool) override;
+    [[nodiscard]] ChartLayer* tool() const override { return m_tool; }
+    void openFiles(const std::vector<std::filesystem::path>& files) override;
+
+    /// A layer above those there are; the window owns it.
+    void addLayer(std::unique_ptr<ChartLayer> layer);
+    void addPanel(SidePanel* panel);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
-    enum class Palette { Day, Dusk, Night };
-    void buildMenus();
-    void buildStatusBar();
-    void setPalette(Palette palette);
-    void applyStyle(const S52CcieMap& colors);
+    void buildCommands();
+    void buildMenu();
+    void buildTopBar();
+    void buildRail();
+    void buildStatusLine();
+    void restyle();
+    void placeOverlays();
+    void showMenu(const ChartPointer& pointer);
+    void restoreView();
+    void rememberView();
+
     void addCell(const std::shared_ptr<const CellGeometry>& geometry);
     void loadingFinished(int cells);
     void fitAll();
@@ -37,26 +75,50 @@ private:
     void updateStatus();
     void updateCursor();
     void updateVessel();
+    void updateRail();
+    void updateAlarms();
     void setFollowing(bool on);
+    void setCourseUp(bool on);
     void chooseFiles();
     void chooseFolder();
+    void manOverboard();
 
-    S52Model& m_library;
-    S52Render m_presentation;
+    Program& m_program;
+    Commands m_commands;
     ChartLoader m_loader;
-    LiveData m_live;
-    LiveLayer m_liveLayer;
+    QWidget* m_area; ///< all that lies over the chart has this parent
     ChartView* m_chart;
+    QFrame* m_topBar;
+    QFrame* m_rail;
+    QFrame* m_statusLine;
+    InstrumentColumn* m_instruments;
+    PanelHost* m_panels;
+    AlarmBanner* m_banner;
+    QPushButton* m_mobButton;
+    QToolButton* m_menuButton = nullptr;
+    QToolButton* m_schemeButton = nullptr;
+    QToolButton* m_alarmsButton = nullptr;
+    std::vector<std::pair<QToolButton*, QString>> m_railButtons; ///< with the icon's name
+    std::vector<std::pair<QToolButton*, SidePanel*>> m_panelButtons;
+    std::vector<std::unique_ptr<ChartLayer>> m_layers;
+    ChartLayer* m_tool = nullptr;
+
+    QLabel* m_note;
+    QTimer m_noteTimer;
+    QFrame* m_card;
+    QLabel* m_cardTitle;
+    QWidget* m_cardContent = nullptr;
+
     ChartScene m_scene;
     bool m_fitWhenLoaded = false;
     NSPositionFormatter m_latitude;
     NSPositionFormatter m_longitude;
     QLabel* m_positionLabel = nullptr;
+    QLabel* m_rangeLabel = nullptr;
     QLabel* m_scaleLabel = nullptr;
     QLabel* m_rotationLabel = nullptr;
     QLabel* m_cellLabel = nullptr;
-    QLabel* m_vesselLabel = nullptr;
-    QAction* m_followAction = nullptr;
+    QLabel* m_gpsLabel = nullptr;
 };
 
 } // namespace kelvox

@@ -1,6 +1,7 @@
 // kelvox: the chart plotter.
 
 #include "app/MainWindow.h"
+#include "app/Text.h"
 #include "base/Folders.h"
 
 #include <QApplication>
@@ -11,6 +12,7 @@ int main(int argc, char** argv)
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Kelvox"));
     QApplication::setApplicationVersion(QStringLiteral(KELVOX_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("kelvox"));
 
     QCommandLineParser arguments;
     arguments.setApplicationDescription(QStringLiteral("Marine chart plotter"));
@@ -22,18 +24,20 @@ int main(int argc, char** argv)
                                     QStringLiteral("[charts...]"));
     arguments.process(application);
 
+    if (const auto language = kelvox::setTextLanguage({}); !language)
+        qWarning("%s", language.error().message.c_str());
     kelvox::S52Model::setFolders(
         {kelvox::folders::applicationResources(), kelvox::folders::userData()});
-    kelvox::WorkerPool pool(std::max(std::thread::hardware_concurrency(), 2U));
-    kelvox::MainWindow window(kelvox::S52Model::s52(), pool);
+    kelvox::Program program(kelvox::Program::Places::ofUser());
+    kelvox::MainWindow window(program);
     window.show();
 
     std::vector<std::filesystem::path> charts;
     for (const QString& name : arguments.positionalArguments())
         charts.emplace_back(name.toStdString());
     if (charts.empty())
-        window.openDemo(kelvox::folders::applicationResources());
+        window.openDemo();
     else
-        window.open(charts);
+        window.openFiles(charts);
     return QApplication::exec();
 }

@@ -1,6 +1,4 @@
-#include "app/LiveLayer.h"
-
-#include "painting/PainterCanvas.h"
+#include "app/VesselLayer.h"
 
 #include <cmath>
 #include <numbers>
@@ -11,12 +9,6 @@ namespace {
 constexpr double minutesAhead = 6;
 constexpr double metresPerInch = 0.0254;
 constexpr double metresPerNauticalMile = 1852;
-
-QColor colorOf(const Portrayal& portrayal, const char* token)
-{
-    const DisplayColor* color = portrayal.color(token);
-    return color ? toQColor(*color) : QColor(Qt::magenta);
-}
 
 double pointsPerMetre(const ViewFrame& frame, double latitude)
 {
@@ -64,18 +56,17 @@ private:
 };
 
 void paintTarget(QPainter& painter, const AISSymbol& symbol, const ViewFrame& frame,
-                 const Portrayal& portrayal)
+                 const LayerLook& look)
 {
     Pen pen(painter, frame);
-    const QColor color = symbol.alarmed ? colorOf(portrayal, "DNGHL") : colorOf(portrayal, "ARPAT");
+    const QColor color = symbol.alarmed ? look.color("DNGHL") : look.color("ARPAT");
     const QPen outline(color, symbol.selected ? 3 : 1.8, Qt::SolidLine, Qt::RoundCap,
                        Qt::RoundJoin);
     pen.line(symbol.courseVector, QPen(color, 1.5, Qt::DashLine));
     pen.line(symbol.headingLine, QPen(color, 1.2));
     painter.setPen(outline);
-    painter.setBrush(symbol.shape == AISSymbol::Shape::Cursor
-                         ? QBrush(Qt::NoBrush)
-                         : QBrush(colorOf(portrayal, "DEPDW")));
+    painter.setBrush(symbol.shape == AISSymbol::Shape::Cursor ? QBrush(Qt::NoBrush)
+                                                              : QBrush(look.color("DEPDW")));
     if (symbol.shape == AISSymbol::Shape::Cursor)
         painter.drawPolyline(pen.polygon(symbol.outline));
     else
@@ -88,15 +79,15 @@ void paintTarget(QPainter& painter, const AISSymbol& symbol, const ViewFrame& fr
     QPointF place = pen.at(symbol.labelAt) + QPointF(0, metrics.capHeight() / 2);
     if (symbol.labelOnLeft)
         place.rx() -= metrics.horizontalAdvance(text);
-    painter.setPen(colorOf(portrayal, "DEPDW"));
+    painter.setPen(look.color("DEPDW"));
     for (const QPointF around : {QPointF(1, 1), QPointF(1, -1), QPointF(-1, 1), QPointF(-1, -1)})
         painter.drawText(place + around, text);
     painter.setPen(color);
     painter.drawText(place, text);
 }
 
-void paintOwnVessel(QPainter& painter, const LiveData& live, const ViewFrame& frame,
-                    const Portrayal& portrayal)
+void paintOwnVessel(QPainter& painter, LiveData& live, const ViewFrame& frame,
+                    const LayerLook& look)
 {
     const Position position = live.gps().position();
     if (!position.isKnown())
@@ -104,7 +95,7 @@ void paintOwnVessel(QPainter& painter, const LiveData& live, const ViewFrame& fr
     const Point p =
         frame.pixelOf(frame.view.positionToPoint(position)) * (1 / frame.pixelsPerPoint);
     const QPointF at(p.x, p.y);
-    const QColor color = colorOf(portrayal, "SHIPS");
+    const QColor color = look.color("SHIPS");
     const double scale = pointsPerMetre(frame, position.latitude);
     const double course = live.gps().courseOverGround();
     const double speed = live.gps().speedOverGround();
@@ -125,16 +116,11 @@ void paintOwnVessel(QPainter& painter, const LiveData& live, const ViewFrame& fr
 }
 } // namespace
 
-void LiveLayer::paint(QPainter& painter, LiveData& live, const ViewFrame& frame,
-                      const Portrayal& portrayal)
+void VesselLayer::paint(QPainter& painter, const ViewFrame& frame, const LayerLook& look)
 {
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.scale(frame.pixelsPerPoint, frame.pixelsPerPoint);
-    QFont font(QStringLiteral("DejaVu Sans"));
-    font.setPixelSize(11);
+    QFont font = painter.font();
+    font.setPixelSize(qRound(11 * look.scale));
     painter.setFont(font);
-
     AISView view;
     view.pointAt = [&](Position position) { return frame.view.positionToPoint(position); };
     view.pointsPerMetre = [&](double latitude) { return pointsPerMetre(frame, latitude); };
@@ -144,13 +130,12 @@ void LiveLayer::paint(QPainter& painter, LiveData& live, const ViewFrame& frame,
     const double reach = std::hypot(half.x, half.y);
     view.visible = {frame.center.x - reach, frame.center.y - reach, frame.center.x + reach,
                     frame.center.y + reach};
-    m_picture.update(live.ais().model(), view, AISDisplay::fromSettings(live.settings()),
-                     live.now());
+    m_picture.update(m_live.ais().model(), view, AISDisplay::fromSettings(m_live.settings()),
+                     m_live.now());
     for (const AISSymbol& symbol : m_picture.symbols())
         if (!symbol.own)
-            paintTarget(painter, symbol, frame, portrayal);
-    paintOwnVessel(painter, live, frame, portrayal);
-    painter.restore();
+            paintTarget(painter, symbol, frame, look);
+    paintOwnVessel(painter, m_live, frame, look);
 }
 
 } // namespace kelvox

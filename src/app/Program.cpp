@@ -1,0 +1,205 @@
+#include "app/Program.h"
+
+#include "app/Text.h"
+#include "base/Folders.h"
+
+#include <thread>
+
+namespace kelvox {
+
+namespace {
+/// Settings that the modules read before the user has ever chosen.
+void setDefaults(FileSettings& settings)
+{
+    const std::pair<const char*, Settings::Value> defaults[] = {
+        {"audio", true},           {"visual", true},
+        {"showUnderway", true},    {"showStationary", true},
+        {"showVesselNames", true}, {"showAISClassB", true},
+        {"ais.useGPSPort", true},  {"instruments.useGPSPort", true},
+        {"recordTrack", true},     {"trackInterval", 30LL},
+    };
+    for (const auto& [key, value] : defaults)
+        if (!settings.find(key))
+            settings.set(key, value);
+}
+
+constexpr auto saveDelay = std::chrono::milliseconds(500);
+} // namespace
+
+Program::Places Program::Places::ofUser()
+{
+    return {.configuration = folders::userConfiguration(),
+            .data = folders::userData(),
+            .cache = folders::userCache(),
+            .state = folders::userState(),
+            .resources = folders::applicationResources()};
+}
+
+Program::Program(Places places)
+    : m_places(std::move(places))
+    , m_pool(std::max(std::thread::hardware_concurrency(), 2U))
+    , m_alarms(m_clock, m_places.state / "alarms.json")
+    , m_live((setDefaults(m_settings), m_settings), textCatalog().strings(), m_alarms, m_clock)
+    , m_history(sharedEditHistory())
+    , m_waypoints(WaypointsModel::waypoints())
+    , m_routes(RoutesModel::routes())
+    , m_tracks(TracksModel::tracks())
+    , m_waypointController(m_waypoints, m_alarms, m_settings, textCatalog().strings())
+    , m_routeController(m_routes, m_waypoints, m_tracks, m_waypointController)
+    , m_trackController(m_tracks)
+    , m_grib(UnitsModel::units())
+    , m_weather(m_grib)
+    , m_library(S52Model::s52())
+    , m_presentation(m_library)
+{
+    if (const auto read = m_settings.load(m_places.configuration / "settings.json"); !read)
+        m_startMessages << QString::fromStdString(read.error().message);
+    setDefaults(m_settings);
+    m_settings.setChangeHandler(
+        [this](std::string_view key) { settingWasChanged(std::string(key)); });
+    m_saveTimer.setSingleShot(true);
+    connect(&m_saveTimer, &QTimer::timeout, this, [this] {
+        if (const auto saved = m_settings.save(); !saved)
+            m_alarms.show({.key = "NSCannotSaveSettings",
+                           .message = text("NSCannotSaveSettings").toStdString(),
+                           .informativeText = saved.error().message,
+                           .button = text("NSOK").toStdString()});
+    });
+    UnitsModel::units().loadSettings(m_settings);
+    m_live.gps().loadSettings();
+    m_live.instruments().loadSettings();
+    m_live.ais().loadSettings();
+    m_weather.loadSettings(m_settings);
+    m_grib.loadSettings(m_settings);
+    loadModels();
+    connectModels();
+    setScheme(static_cast<ColorScheme>(std::clamp(m_settings.integer("colorScheme"), 0LL, 2LL)));
+}
+
+Program::~Program()
+{
+    save();
+}
+
+void Program::loadModels()
+{
+    const auto journal = m_history.openJournal(m_places.data / journalFileName);
+    if (!journal)
+        m_startMessages << QString::fromStdString(journal.error().message);
+    else if (*journal)
+        m_startMessages << text("NSKeptAside", {QString::fromStdString((*journal)->string())});
+    const auto report = [this](const LoadReport& loaded) {
+        if (loaded.error)
+            m_startMessages << QString::fromStdString(loaded.error->message);
+        if (!loaded.keptAs.empty())
+            m_startMessages << text("NSKeptAside",
+                                    {QString::fromStdString(loaded.keptAs.string())});
+    };
+    report(m_waypoints.load(m_places.data / WaypointsModel::fileName));
+    report(m_routes.load(m_places.data / RoutesModel::fileName));
+    report(m_tracks.load(m_places.data / TracksModel::fileName));
+    m_history.setErrorHandler([this](const Error& error) {
+        m_alarms.show({.key = "NSCannotSaveEdits",
+                       .message = text("NSCannotSaveEdits").toStdString(),
+                       .informativeText = error.message,
+                       .button = text("NSOK").toStdString()});
+    });
+}
+
+void Program::connectModels()
+{
+    for (QTimer* timer : {&m_waypointsTimer, &m_routesTimer, &m_tracksTimer}) {
+        timer->setSingleShot(true);
+        timer->setInterval(0);
+    }
+    connect(&m_waypointsTimer, &QTimer::timeout, this, &Program::waypointsChanged);
+    connect(&m_routesTimer, &QTimer::timeout, this, &Program::routesChanged);
+    connect(&m_tracksTimer, &QTimer::timeout, this, &Program::tracksChanged);
+    m_waypoints.setChangeHandler([this] { m_waypointsTimer.start(); });
+    m_routes.setChangeHandler([this] { m_routesTimer.start(); });
+    m_tracks.setChangeHandler([this] { m_tracksTimer.start(); });
+    m_waypointController.setChangeHandler([this] { emit steeringChanged(); });
+    m_routeController.setChangeHandler([this] {
+        m_routesTimer.start();
+        emit steeringChanged();
+    });
+    connect(&m_live, &LiveData::vesselMoved, this, [this] {
+        const GPSController& gps = m_live.gps();
+        m_waypointController.setCourseAndSpeed(gps.courseOverGround(), gps.speedOverGround());
+        m_waypointController.plotPosition(gps.position());
+        m_routeController.plotPosition(gps.position());
+        emit steeringChanged();
+    });
+    connect(&m_live, &LiveData::trackSample, this, &Program::recordTrack);
+    connect(&m_alarms, &AlarmCenter::acknowledged, this, [this](const QString& key) {
+        if (key == QLatin1String("NSAnchorAlarm"))
+            m_live.gps().anchorAlertClosed();
+    });
+}
+
+void Program::recordTrack(const TrackSample& sample)
+{
+    if (!m_settings.boolean("recordTrack") || !sample.position.isKnown())
+        return;
+    Track point;
+    point.set(sample.position, sample.date, sample.courseDegrees, sample.speedKnots,
+              sample.headingDegrees, sample.throughWaterKnots, sample.depthFeet,
+              sample.temperatureF, sample.windAngleDegrees, sample.windSpeedKnots, {}, {});
+    m_tracks.add(std::move(point), std::chrono::seconds(m_settings.integer("trackInterval", 30)));
+}
+
+void Program::settingWasChanged(const std::string& key)
+{
+    m_saveTimer.start(saveDelay);
+    m_live.gps().loadSettings();
+    m_live.instruments().loadSettings();
+    m_live.ais().loadSettings();
+    emit settingChanged(QString::fromStdString(key));
+}
+
+void Program::setScheme(ColorScheme scheme)
+{
+    m_scheme = scheme;
+    m_settings.set("colorScheme", static_cast<long long>(scheme));
+    m_presentation.setColorTable(static_cast<int>(scheme) + 1);
+    applyTheme();
+}
+
+void Program::applyTheme()
+{
+    Theme::theme().apply(m_scheme, m_presentation.portrayal()->colors,
+                         m_settings.number("interfaceScale", 1), m_settings.number("dimming", 1));
+    emit schemeChanged();
+}
+
+void Program::save()
+{
+    m_weather.saveSettings(m_settings);
+    m_grib.saveSettings(m_settings);
+    const auto saved = [this](const Result<void>& result) {
+        if (!result)
+            m_alarms.show({.key = "NSCannotSaveEdits",
+                           .message = text("NSCannotSaveEdits").toStdString(),
+                           .informativeText = result.error().message,
+                           .button = text("NSOK").toStdString()});
+    };
+    if (m_waypoints.isChanged())
+        saved(m_waypoints.save(m_places.data / WaypointsModel::fileName));
+    if (m_routes.isChanged())
+        saved(m_routes.save(m_places.data / RoutesModel::fileName));
+    if (m_tracks.isChanged())
+        saved(m_tracks.save(m_places.data / TracksModel::fileName));
+    saved(m_settings.save());
+}
+
+void Program::undo()
+{
+    m_history.undo();
+}
+
+void Program::redo()
+{
+    m_history.redo();
+}
+
+} // namespace kelvox
