@@ -354,8 +354,8 @@ void MainWindow::restyle()
 void MainWindow::placeOverlays()
 {
     m_chart->setGeometry(m_area->rect());
-    m_panels->place();
     m_banner->place();
+    m_panels->setTop(m_banner->isHidden() ? 0 : m_banner->height());
     const Theme& theme = Theme::theme();
     const int margin = theme.px(16);
     if (!m_note->isHidden()) {
@@ -560,6 +560,8 @@ void MainWindow::manOverboard()
         position.latitude);
     m_program.routeController().cancelRoute();
     m_program.waypointController().onWaypointGoto(waypoint);
+    // The vessel is there at this moment; an arrival alarm would only talk over this one.
+    m_program.waypointController().setWaypointArrivalAlarm(false);
     m_program.alarms().show({.key = "NSManOverboard",
                              .message = text("NSManOverboard").toStdString(),
                              .informativeText = m_latitude.stringForObjectValue(position.latitude)
@@ -656,6 +658,7 @@ void MainWindow::updateRail()
 {
     for (const auto& [button, panel] : m_panelButtons)
         button->setChecked(m_panels->isOpen(panel->name()));
+    placeOverlays();
 }
 
 void MainWindow::updateAlarms()

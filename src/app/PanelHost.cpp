@@ -189,7 +189,13 @@ void PanelHost::place()
         return;
     const int width =
         std::min(Theme::theme().px(m_current->preferredWidth()), m_area.width() * 4 / 5);
-    setGeometry(0, 0, width, m_area.height());
+    setGeometry(0, m_top, width, m_area.height() - m_top);
+}
+
+void PanelHost::setTop(int top)
+{
+    m_top = top;
+    place();
 }
 
 void PanelHost::restore()

@@ -38,6 +38,7 @@ public:
     void remember();
     /// Fits itself into the area: called when that changes size.
     void place();
+    void setTop(int top); ///< how much of the area's top is taken, by an alarm
 
 signals:
     void changed(); ///< a panel was opened or closed
@@ -51,6 +52,7 @@ private:
     std::vector<SidePanel*> m_panels;
     std::map<SidePanel*, QDockWidget*> m_docks; ///< of those torn off
     SidePanel* m_current = nullptr;
+    int m_top = 0;
     QLabel* m_title;
     QToolButton* m_tearButton;
     QToolButton* m_closeButton;
