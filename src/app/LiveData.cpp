@@ -1,23 +1,12 @@
 #include "app/LiveData.h"
 
-#include "ais/AISStrings.h"
-#include "navigation/NavigationStrings.h"
-#include "positioning/PositioningStrings.h"
+#include "app/Text.h"
 
 #include <QApplication>
 
 namespace kelvox {
 
 namespace {
-Strings allStrings()
-{
-    Strings strings{{"NSOK", "OK"}};
-    strings.add(navigationStrings());
-    strings.add(positioningStrings());
-    strings.add(aisStrings());
-    return strings;
-}
-
 /// What must be there before the controllers read their settings.
 MemorySettings defaultSettings()
 {
@@ -35,7 +24,7 @@ MemorySettings defaultSettings()
 LiveData::LiveData(QObject* parent)
     : QObject(parent)
     , m_settings(defaultSettings())
-    , m_strings(allStrings())
+    , m_strings(textCatalog().strings())
     , m_notification(m_clock, *this)
     , m_gps({m_main, m_clock, m_settings, m_strings, *this, m_notification, m_compass})
     , m_targets(m_clock)

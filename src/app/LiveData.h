@@ -56,7 +56,7 @@ private:
     InlineExecutor m_main; ///< the simulator is read on the main thread
     IdleExecutor m_idle;
     MemorySettings m_settings;
-    Strings m_strings;
+    const Strings& m_strings;
     Compass m_compass;
     GPSNotification m_notification;
     GPSController m_gps;

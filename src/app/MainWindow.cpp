@@ -1,6 +1,6 @@
 #include "app/MainWindow.h"
 
-#include "navigation/NavigationStrings.h"
+#include "app/Text.h"
 #include "painting/PainterCanvas.h"
 #include "presentation/S52Lookup.h"
 
@@ -15,10 +15,7 @@ namespace kelvox {
 namespace {
 QString cellTypeName(int scale)
 {
-    static const Strings names{{"NSBerthing", "Berthing"}, {"NSHarbor", "Harbour"},
-                               {"NSApproach", "Approach"}, {"NSCoastal", "Coastal"},
-                               {"NSGeneral", "General"},   {"NSOverview", "Overview"}};
-    return QString::fromStdString(names.text(ChartSettingsController::cellTypeNameKey(scale)));
+    return text(ChartSettingsController::cellTypeNameKey(scale));
 }
 
 std::vector<std::filesystem::path> toPaths(const QStringList& names)
@@ -35,8 +32,8 @@ MainWindow::MainWindow(S52Model& library, WorkerPool& pool)
     , m_presentation(library)
     , m_loader(pool)
     , m_chart(new ChartView(pool, this))
-    , m_latitude(NSPositionFormatter::Latitude, navigationStrings())
-    , m_longitude(NSPositionFormatter::Longitude, navigationStrings())
+    , m_latitude(NSPositionFormatter::Latitude, textCatalog().strings())
+    , m_longitude(NSPositionFormatter::Longitude, textCatalog().strings())
 {
     setWindowTitle(QStringLiteral("Kelvox"));
     setCentralWidget(m_chart);

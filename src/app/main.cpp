@@ -1,6 +1,7 @@
 // kelvox: the chart plotter.
 
 #include "app/MainWindow.h"
+#include "app/Text.h"
 #include "base/Folders.h"
 
 #include <QApplication>
@@ -22,6 +23,8 @@ int main(int argc, char** argv)
                                     QStringLiteral("[charts...]"));
     arguments.process(application);
 
+    if (const auto language = kelvox::setTextLanguage({}); !language)
+        qWarning("%s", language.error().message.c_str());
     kelvox::S52Model::setFolders(
         {kelvox::folders::applicationResources(), kelvox::folders::userData()});
     kelvox::WorkerPool pool(std::max(std::thread::hardware_concurrency(), 2U));
