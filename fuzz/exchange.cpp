@@ -1,10 +1,10 @@
 // Files of other programs: the first byte says which reader gets the rest.
 
+#include "base/Strings.h"
 #include "exchange/CSVImport.h"
 #include "exchange/ExchangeDate.h"
 #include "exchange/GPXImport.h"
 #include "exchange/KMLImport.h"
-#include "navigation/NavigationStrings.h"
 
 #include <cmath>
 #include <cstdint>
@@ -25,7 +25,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     const std::string_view text(reinterpret_cast<const char*>(data) + 1, size - 1);
     const UnitsModel units;
-    const CSVImport csv({}, navigationStrings(), units);
+    const CSVImport csv({}, englishStrings(), units);
     ExchangeRecords records;
     switch (data[0] % 7) {
     case 0:

@@ -1,8 +1,8 @@
 // The user's files as a stranger may have left them: property lists, the journal, position texts.
 
 #include "base/File.h"
+#include "base/Strings.h"
 #include "navigation/Journal.h"
-#include "navigation/NavigationStrings.h"
 #include "navigation/PositionFormatter.h"
 #include "navigation/RoutesModel.h"
 #include "navigation/TracksModel.h"
@@ -79,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         for (int format = 0; format < 4; ++format) {
             units.positionFormatUnits = format;
             for (const int axis : {0, 1}) {
-                const NSPositionFormatter formatter(axis, navigationStrings(), units);
+                const NSPositionFormatter formatter(axis, englishStrings(), units);
                 if (const auto value = formatter.getObjectValue(bytes))
                     if (!formatter.getObjectValue(formatter.stringForObjectValue(*value)))
                         std::abort(); // what is shown must read back

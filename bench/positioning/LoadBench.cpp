@@ -109,9 +109,9 @@ template <typename LineType> void load(benchmark::State& state)
         OwnVessel parts(clock); // for the parts that play no role here
         LineType line(parts.settings);
         NullAlarms alarms;
-        InstrumentsController instruments(main, clock, parts.settings, positioningStrings(),
+        InstrumentsController instruments(main, clock, parts.settings, englishStrings(),
                                           parts.compass);
-        GPSController gps({main, clock, parts.settings, positioningStrings(), alarms,
+        GPSController gps({main, clock, parts.settings, englishStrings(), alarms,
                            parts.notification, parts.compass});
         Numbers numbers;
         gps.setInstruments(&instruments);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ais/AISController.h"
-#include "ais/AISStrings.h"
+#include "base/Strings.h"
 
 #include <utility>
 #include <vector>
@@ -58,7 +58,7 @@ public:
                               .idle = idle,
                               .clock = clock,
                               .settings = settings,
-                              .strings = aisStrings(),
+                              .strings = englishStrings(),
                               .alarms = m_alarms,
                               .compass = compass,
                               .model = model}};

@@ -2,16 +2,6 @@
 
 namespace kelvox {
 
-const Strings& connectionsStrings()
-{
-    static const Strings texts = {
-        {"NSFailConnect", "The connection cannot be made"},
-        {"NSUnknown", "Unknown"},
-        {"NSOK", "OK"},
-    };
-    return texts;
-}
-
 TCPIPController::TCPIPController(TCPConnectionModel& model, TCPConnectionModel::Owner& owner,
                                  Executor& main, Settings& settings, const Strings& strings,
                                  Alarms& alarms)

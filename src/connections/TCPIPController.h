@@ -68,7 +68,4 @@ private:
     std::thread m_hostThread;
 };
 
-/// The English texts of this module's keys.
-[[nodiscard]] const Strings& connectionsStrings();
-
 } // namespace kelvox

@@ -2,6 +2,7 @@
 
 #include "base/File.h"
 #include "base/Settings.h"
+#include "base/Strings.h"
 #include "exchange/CSVExport.h"
 #include "exchange/CSVImport.h"
 #include "exchange/FileKind.h"
@@ -9,7 +10,6 @@
 #include "exchange/GPXImport.h"
 #include "exchange/KMLExport.h"
 #include "exchange/KMLImport.h"
-#include "navigation/NavigationStrings.h"
 
 #include <algorithm>
 
@@ -87,7 +87,7 @@ Result<void> writeCSV(const std::filesystem::path& path, const ExchangeKinds& ki
     TextOutput out(path);
     UnitsModel units;
     units.positionFormatUnits = UnitsModel::DecimalDegrees;
-    CSVWriter writer(out, navigationStrings(), units);
+    CSVWriter writer(out, englishStrings(), units);
     if (kinds.waypoints && !records.waypoints.empty()) {
         for (const auto& waypoint : records.waypoints)
             writer.writeWaypoint(waypoint);
@@ -110,7 +110,7 @@ Result<void> readCSV(const std::filesystem::path& path, const ExchangeKinds& kin
         return tl::unexpected(text.error());
     UnitsModel units;
     units.positionFormatUnits = UnitsModel::DecimalDegrees;
-    const CSVImport reader(options, navigationStrings(), units);
+    const CSVImport reader(options, englishStrings(), units);
     std::string faults;
     if (kinds.tracks && (CSVImport::isTrack(*text) || (!kinds.waypoints && !kinds.routes)))
         faults = reader.readTracks(*text, records);

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/Strings.h"
 #include "positioning/GPSController.h"
 #include "positioning/InstrumentsController.h"
-#include "positioning/PositioningStrings.h"
 
 namespace kelvox {
 
@@ -29,8 +29,8 @@ class OwnVessel {
 public:
     explicit OwnVessel(const Clock& clock)
         : notification(clock, m_bus)
-        , instruments(executor, clock, withSharedPort(settings), positioningStrings(), compass)
-        , gps({executor, clock, settings, positioningStrings(), m_alarms, notification, compass})
+        , instruments(executor, clock, withSharedPort(settings), englishStrings(), compass)
+        , gps({executor, clock, settings, englishStrings(), m_alarms, notification, compass})
     {
         gps.setInstruments(&instruments);
     }

@@ -235,20 +235,6 @@ std::vector<std::string> GribController::valuesAt(Position position, const Strin
     return lines;
 }
 
-Strings GribController::defaultStrings()
-{
-    return {{"NSGribWind", "Wind from"},
-            {"NSGribCurrent", "Current towards"},
-            {"NSGribWaveDirection", "Waves from"},
-            {"NSGribPressure", "Pressure"},
-            {"NSGribAirTemperature", "Air"},
-            {"NSGribSeaTemperature", "Water"},
-            {"NSGribWaveHeight", "Wave height"},
-            {"NSGribWavePeriod", "Wave period"},
-            {"NSGribGeopotentialHeight", "Geopotential height"},
-            {"NSGribPrecipitationRate", "Rain"}};
-}
-
 void GribController::loadSettings(const Settings& settings)
 {
     m_model.loadSettings(settings);

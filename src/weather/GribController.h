@@ -58,7 +58,6 @@ public:
     /// The values at the cursor for the viewed time, one ready line each, in the user's units.
     [[nodiscard]] std::vector<std::string> valuesAt(Position position,
                                                     const Strings& strings) const;
-    [[nodiscard]] static Strings defaultStrings(); ///< the English texts of the keys used here
 
     void loadSettings(const Settings& settings);
     void saveSettings(Settings& settings) const;

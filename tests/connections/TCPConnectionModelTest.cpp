@@ -304,7 +304,7 @@ TEST(TCPIPController, SwitchesBackWhatCannotBeMade)
     const Peer taken;
     MemorySettings settings;
     Shown shown;
-    TCPIPController controller(network.model, network, network.main, settings, connectionsStrings(),
+    TCPIPController controller(network.model, network, network.main, settings, englishStrings(),
                                shown);
     EXPECT_EQ(controller.loadSettings(),
               TCPIPController::NetworkSettings({.clientHost = "127.0.0.1"}));

@@ -1,11 +1,11 @@
 #include "ExchangeScene.h"
 
+#include "base/Strings.h"
 #include "exchange/CSVExport.h"
 #include "exchange/CSVImport.h"
 #include "exchange/ExchangeFile.h"
 #include "exchange/KMLExport.h"
 #include "exchange/KMLImport.h"
-#include "navigation/NavigationStrings.h"
 #include "navigation/WaypointIcons.h"
 #include "support/RealData.h"
 
@@ -147,12 +147,11 @@ TEST(CSV, WritesAndReadsBackInEachFormat)
     UnitsModel units;
     for (int format = 0; format < 4; ++format) {
         units.positionFormatUnits = format;
-        ASSERT_TRUE(CSVExport(navigationStrings(), units)
+        ASSERT_TRUE(CSVExport(englishStrings(), units)
                         .exportWaypoints(scene.path("w.csv"), scene.waypoints));
         ExchangeRecords read;
-        EXPECT_EQ(
-            CSVImport({}, navigationStrings(), units).importWaypoints(scene.path("w.csv"), read),
-            "");
+        EXPECT_EQ(CSVImport({}, englishStrings(), units).importWaypoints(scene.path("w.csv"), read),
+                  "");
         ASSERT_EQ(read.waypoints.size(), 1U) << scene.written("w.csv");
         EXPECT_EQ(read.waypoints[0].name, "Rock  big");
         EXPECT_EQ(read.waypoints[0].description, "drying, 2 m");
@@ -170,13 +169,12 @@ TEST(CSV, LeavesUnknownTrackValuesEmpty)
     point.description = "x,y";
     scene.tracks.add(point, std::chrono::seconds(1));
     const UnitsModel units;
-    ASSERT_TRUE(
-        CSVExport(navigationStrings(), units).exportTracks(scene.path("t.csv"), scene.tracks));
+    ASSERT_TRUE(CSVExport(englishStrings(), units).exportTracks(scene.path("t.csv"), scene.tracks));
     const auto text = scene.written("t.csv");
     EXPECT_EQ(text, "2026-01-01 00:00:00 +0000,50.000000,-0.500000,,6.2,007,,12.0,,,x,y\n");
     EXPECT_TRUE(CSVImport::isTrack(text));
     ExchangeRecords read;
-    EXPECT_EQ(CSVImport({}, navigationStrings(), units).readTracks(text, read), "");
+    EXPECT_EQ(CSVImport({}, englishStrings(), units).readTracks(text, read), "");
     ASSERT_EQ(read.tracks.size(), 1U);
     EXPECT_EQ(read.tracks[0].date, point.date);
     EXPECT_FALSE(isKnown(read.tracks[0].cog));
@@ -207,7 +205,7 @@ TEST(CSV, ReadsWhatOtherProgramsWrite)
     for (const auto& row : rows) {
         ExchangeRecords read;
         const UnitsModel units;
-        const auto faults = CSVImport({}, navigationStrings(), units).readWaypoints(row.text, read);
+        const auto faults = CSVImport({}, englishStrings(), units).readWaypoints(row.text, read);
         std::ostringstream found;
         for (const auto& waypoint : read.waypoints)
             found << waypoint.name << "@" << waypoint.longitude << "," << waypoint.latitude << " ";

@@ -1,4 +1,4 @@
-#include "navigation/NavigationStrings.h"
+#include "base/Strings.h"
 #include "navigation/PositionFormatter.h"
 #include "navigation/ValueFormatters.h"
 
@@ -37,18 +37,18 @@ TEST(PositionFormatter, WritesEveryFormat)
     UnitsModel units;
     for (const auto& row : rows) {
         units.positionFormatUnits = row.format;
-        EXPECT_EQ(NSPositionFormatter(row.axis, navigationStrings(), units)
+        EXPECT_EQ(NSPositionFormatter(row.axis, englishStrings(), units)
                       .stringForObjectValue(row.degrees),
                   row.text);
     }
     units.positionFormatUnits = 0;
-    NSPositionFormatter latitude(0, navigationStrings(), units);
+    NSPositionFormatter latitude(0, englishStrings(), units);
     latitude.setAlign(true);
     latitude.setPositionFormat1MinutesHighPrecision(false);
     EXPECT_EQ(latitude.stringForObjectValue(59.205750), "  59\u00B012.35'N");
     EXPECT_EQ(latitude.nmeaFormat(-59.205750), "5912.345");
     EXPECT_EQ(latitude.nmeaFormat(48.99999999), "4900.000");
-    EXPECT_EQ(NSPositionFormatter(1, navigationStrings(), units).nmeaFormat(1.5), "00130.000");
+    EXPECT_EQ(NSPositionFormatter(1, englishStrings(), units).nmeaFormat(1.5), "00130.000");
 }
 
 TEST(PositionFormatter, ReadsBackWhatItShowsAllOverTheGlobe)
@@ -61,7 +61,7 @@ TEST(PositionFormatter, ReadsBackWhatItShowsAllOverTheGlobe)
             const double resolution[] = {options & 1 ? 0.5e-3 / 60 : 0.5e-2 / 60, 0.5e-3 / 60,
                                          0.5e-6, 0.1 / 3600};
             for (int axis = 0; axis < 2; ++axis) {
-                NSPositionFormatter formatter(axis, navigationStrings(), units);
+                NSPositionFormatter formatter(axis, englishStrings(), units);
                 formatter.setPositionFormat1MinutesHighPrecision(options & 1);
                 formatter.setAlign(options & 2);
                 const double limit = axis ? 180 : 90;
@@ -122,7 +122,7 @@ TEST(PositionFormatter, AcceptsOldMarksAndNamesTheFault)
         if (row.value == refused) {
             ASSERT_FALSE(value) << row.why;
             EXPECT_EQ(value.error().message, row.key) << row.why;
-            EXPECT_NE(navigationStrings().text(row.key), row.key) << "has a text";
+            EXPECT_NE(englishStrings().text(row.key), row.key) << "has a text";
         } else {
             ASSERT_TRUE(value) << row.why;
             EXPECT_NEAR(*value, row.value, 1e-6) << row.why;

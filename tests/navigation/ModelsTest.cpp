@@ -1,5 +1,5 @@
 #include "Scene.h"
-#include "navigation/NavigationStrings.h"
+#include "base/Strings.h"
 #include "navigation/TextSearch.h"
 #include "navigation/WaypointIcons.h"
 
