@@ -78,7 +78,7 @@ Result<void> FileSettings::save()
 {
     if (!m_changed || m_file.empty())
         return {};
-    auto written = writeFileAtomically(m_file, text());
+    auto written = writeFileAtomically(m_file, asJson());
     if (written)
         m_changed = false;
     return written;
@@ -112,7 +112,7 @@ void FileSettings::remove(std::string_view key)
         m_handler(key);
 }
 
-std::string FileSettings::text() const
+std::string FileSettings::asJson() const
 {
     Json json = Json::object();
     for (const auto& [key, written] : m_contents.others)
@@ -124,7 +124,7 @@ std::string FileSettings::text() const
 
 Result<void> FileSettings::exportTo(const std::filesystem::path& file) const
 {
-    return writeFileAtomically(file, text());
+    return writeFileAtomically(file, asJson());
 }
 
 Result<std::size_t> FileSettings::importFrom(const std::filesystem::path& file)

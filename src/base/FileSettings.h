@@ -42,7 +42,7 @@ private:
         std::map<std::string, std::string> others; ///< JSON texts of what is not ours to read
     };
     [[nodiscard]] static Result<Contents> read(const std::filesystem::path& file);
-    [[nodiscard]] std::string text() const;
+    [[nodiscard]] std::string asJson() const;
 
     std::filesystem::path m_file;
     Contents m_contents;
