@@ -267,12 +267,13 @@ void ChartView::requestPicture()
         return;
     const ViewFrame now = frame();
     m_requested = frameOf(now.width + 2 * pictureMargin, now.height + 2 * pictureMargin);
-    m_maker.request(m_scene, m_requested);
+    m_asked = m_maker.request(m_scene, m_requested);
 }
 
 void ChartView::showPicture(const ChartPicture& picture)
 {
     m_picture = picture;
+    m_shown = picture.number;
     update();
     emit pictureShown();
 }

@@ -50,6 +50,8 @@ public:
     /// The thing of a layer under the point, the topmost.
     [[nodiscard]] std::optional<ChartItem> itemAt(QPointF widgetPoint) const;
     [[nodiscard]] const std::shared_ptr<const ChartScene>& scene() const { return m_scene; }
+    /// Whether no newer picture is on its way.
+    [[nodiscard]] bool showsWhatWasAskedFor() const { return m_shown == m_asked; }
     /// Nothing when the pointer is not over the chart.
     [[nodiscard]] std::optional<Position> cursorPosition() const;
     [[nodiscard]] QSize sizeHint() const override { return {1200, 800}; }
@@ -112,6 +114,8 @@ private:
     std::shared_ptr<const ChartScene> m_scene;
     ChartPicture m_picture;
     ViewFrame m_requested; ///< what the last request shows
+    std::uint64_t m_asked = 0; ///< requests so far
+    std::uint64_t m_shown = 0; ///< the request whose picture is shown
     SheetPlace m_center;
     int m_scale = 200'000;
     float m_rotation = 0;

@@ -20,14 +20,15 @@ PictureMaker::~PictureMaker()
     m_thread.join();
 }
 
-void PictureMaker::request(std::shared_ptr<const ChartScene> scene, const ViewFrame& frame)
+std::uint64_t PictureMaker::request(std::shared_ptr<const ChartScene> scene, const ViewFrame& frame)
 {
     {
         const std::lock_guard lock(m_mutex);
-        m_next = Request{std::move(scene), frame};
+        m_next = Request{std::move(scene), frame, ++m_requests};
         m_cancelled = true;
     }
     m_wake.notify_all();
+    return m_requests;
 }
 
 void PictureMaker::run()
@@ -44,7 +45,7 @@ void PictureMaker::run()
             m_cancelled = false;
         }
         ChartPicture picture{m_painter.paint(*request.scene, request.frame, m_cancelled),
-                             request.frame};
+                             request.frame, request.number};
         if (!picture.image.isNull())
             QMetaObject::invokeMethod(
                 this, [this, picture] { emit pictureReady(picture); }, Qt::QueuedConnection);

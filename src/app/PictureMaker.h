@@ -15,6 +15,7 @@ namespace kelvox {
 struct ChartPicture {
     QImage image;
     ViewFrame frame;
+    std::uint64_t number = 0; ///< of the request
 };
 
 /// Paints pictures of the chart in the background, always the last one asked for: a newer request
@@ -25,7 +26,8 @@ public:
     explicit PictureMaker(WorkerPool& pool, QObject* parent = nullptr);
     ~PictureMaker() override;
 
-    void request(std::shared_ptr<const ChartScene> scene, const ViewFrame& frame);
+    /// The number of the request, ever growing.
+    std::uint64_t request(std::shared_ptr<const ChartScene> scene, const ViewFrame& frame);
 
 signals:
     void pictureReady(const kelvox::ChartPicture& picture);
@@ -34,6 +36,7 @@ private:
     struct Request {
         std::shared_ptr<const ChartScene> scene;
         ViewFrame frame;
+        std::uint64_t number = 0;
     };
     void run();
 
@@ -41,6 +44,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_wake;
     std::optional<Request> m_next;
+    std::uint64_t m_requests = 0; ///< main thread
     std::atomic<bool> m_cancelled = false;
     bool m_stopping = false;
     std::thread m_thread; ///< waits for requests; the pool does the work
