@@ -101,7 +101,7 @@ MappedFile& MappedFile::operator=(MappedFile&& other) noexcept
 
 void MappedFile::releaseBefore(std::size_t offset)
 {
-    constexpr std::size_t block = 256 * 1024;
+    constexpr std::size_t block = std::size_t{256} * 1024;
     const std::size_t end = offset / block * block;
     if (end <= m_released)
         return;

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 #include <type_traits>
+#include <utility>
 
 namespace kelvox {
 
@@ -60,7 +61,7 @@ std::string Settings::text(std::string_view key, std::string fallback) const
 {
     const Value* value = find(key);
     const auto* words = value ? std::get_if<std::string>(value) : nullptr;
-    return words ? *words : fallback;
+    return words ? *words : std::move(fallback);
 }
 
 const Settings::Value* MemorySettings::find(std::string_view key) const

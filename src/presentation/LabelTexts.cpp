@@ -10,10 +10,6 @@ namespace kelvox {
 
 namespace {
 constexpr double feetPerMetre = 3.2808399;
-constexpr double tenthsUpTo = 31; ///< metres: deeper ones are known to the metre only
-constexpr int feetUpTo = 11; ///< fathoms: deeper ones are shown without feet
-constexpr float smallFigure = 10;
-constexpr float largeFigure = 13;
 
 /// Characteristics by value of LITCHR, 1 to 29; where a group belongs it stands at the '#'.
 constexpr std::array<std::string_view, 30> characters{
@@ -66,43 +62,28 @@ std::string group(const S57Object& light)
 
 TextFigure soundingFigure(float depthMetres, int unit, bool large)
 {
-    TextFigure figure;
-    figure.size = large ? largeFigure : smallFigure;
-    figure.halo = false;
-    figure.underlined = depthMetres < 0;
-    const double depth = std::abs(static_cast<double>(depthMetres));
-    const bool dries = depthMetres < 0;
-    // Towards the shoaler: a depth is cut, a drying height goes up. The hundredth forgives what
-    // single precision left of a round value.
-    const auto cut = [&](double value) {
-        return dries ? std::ceil(value - 0.01) : std::floor(value + 0.01);
-    };
+    const S57Depth sounding{{}, depthMetres};
+    const auto form = large ? S57Depth::Form::Large : S57Depth::Form::Small;
+    S57DepthText text;
     switch (unit) {
     case 0:
-        figure.text = fmt::format("{:.0f}", cut(depth * feetPerMetre));
+        text = sounding.depthInFeet(form);
         break;
-    case 1: {
-        if (depth >= tenthsUpTo) {
-            figure.text = fmt::format("{:.0f}", cut(depth));
-            break;
-        }
-        const int tenths = static_cast<int>(cut(depth * 10));
-        figure.text = fmt::format("{}", tenths / 10);
-        if (tenths % 10 != 0)
-            figure.subscript = fmt::format("{}", tenths % 10);
+    case 1:
+        text = sounding.depthInMetres(form);
         break;
-    }
-    case 2: {
-        const int feet = static_cast<int>(cut(depth * feetPerMetre));
-        figure.text = fmt::format("{}", feet / 6);
-        if (feet / 6 < feetUpTo && feet % 6 != 0)
-            figure.subscript = fmt::format("{}", feet % 6);
+    case 2:
+        text = sounding.depthInFathoms(form);
         break;
-    }
     default:
-        figure.underlined = false;
-        break;
+        return {};
     }
+    TextFigure figure;
+    figure.text = std::move(text.figure);
+    figure.subscript = std::move(text.subscript);
+    figure.size = text.size;
+    figure.underlined = text.dries;
+    figure.halo = false;
     return figure;
 }
 

@@ -8,7 +8,7 @@
 namespace kelvox {
 
 /// The figure of a sounding in the user's unit: 0 feet, 1 metres, 2 fathoms; empty text for any
-/// other. Cut towards the shoaler value, never rounded up. Colours are left to the caller.
+/// other. See S57Depth for its texts. Colours are left to the caller.
 [[nodiscard]] TextFigure soundingFigure(float depthMetres, int unit, bool large);
 
 /// What a chart prints beside a light, e.g. "Fl(2)G 5s 12m 9M"; empty when nothing is known.

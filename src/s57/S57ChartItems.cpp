@@ -92,7 +92,7 @@ void S57ChartItems::addS57Feature(const std::shared_ptr<const S57CatalogRecord>&
     }
     if (feature->recordUpdate() != insertRecord)
         return;
-    const auto description = S57ObjectCatalogue::renderableName(feature->objectCode());
+    const auto description = S57Feature::canRender(feature->objectCode());
     if (description.empty())
         return;
     feature->setDescription(description);

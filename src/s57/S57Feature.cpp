@@ -112,6 +112,11 @@ S57Feature::S57Feature(std::pmr::memory_resource* memory)
 
 S57Feature::~S57Feature() = default;
 
+std::string_view S57Feature::canRender(int objectCode)
+{
+    return S57ObjectCatalogue::renderableName(objectCode);
+}
+
 std::string S57Feature::key() const
 {
     return fmt::format("{} {}", m_recordName, m_recordID);

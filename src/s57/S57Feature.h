@@ -81,6 +81,9 @@ public:
     S57Feature(const S57Feature&) = delete;
     S57Feature& operator=(const S57Feature&) = delete;
 
+    /// The readable name of a class that the display knows; empty for others, which are not kept.
+    [[nodiscard]] static std::string_view canRender(int objectCode);
+
     [[nodiscard]] int recordName() const { return m_recordName; }
     [[nodiscard]] std::uint32_t recordID() const { return m_recordID; }
     [[nodiscard]] std::uint32_t recordUpdate() const { return m_recordUpdate; }

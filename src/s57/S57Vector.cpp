@@ -1,15 +1,8 @@
 #include "s57/S57Vector.h"
 
-#include "chartview/S57Controller.h"
-
 #include <fmt/format.h>
 
 namespace kelvox {
-
-Point S57Coordinate::coordinateToPoint(const S57Controller& view) const
-{
-    return view.positionToPoint(positionOnGPS());
-}
 
 std::string S57VectorPointer::key() const
 {

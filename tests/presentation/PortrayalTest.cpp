@@ -226,29 +226,14 @@ TEST_F(Portrayed, WithoutAColourTableNothingThatNeedsAColourIsDrawn)
         EXPECT_TRUE(step.starts_with("symbol")) << step;
 }
 
-TEST(SoundingFigure, IsCutTowardsTheShoalerInEveryUnit)
+TEST(SoundingFigure, IsInTheUsersUnitAndSize)
 {
-    struct Row {
-        float metres;
-        int unit;
-        const char* text;
-        const char* subscript;
-    };
-    for (const auto& row : std::initializer_list<Row>{{12.59F, 1, "12", "5"},
-                                                      {7.0F, 1, "7", ""},
-                                                      {31.9F, 1, "31", ""},
-                                                      {-0.3F, 1, "0", "3"},
-                                                      {-0.34F, 1, "0", "4"}, // dries higher
-                                                      {3.05F, 0, "10", ""}, // 10.007 ft
-                                                      {3.04F, 0, "9", ""},
-                                                      {10.0F, 2, "5", "2"}, // 32 ft
-                                                      {30.0F, 2, "16", ""},
-                                                      {5.0F, 7, "", ""}}) {
-        const auto figure = soundingFigure(row.metres, row.unit, false);
-        EXPECT_EQ(figure.text, row.text) << row.metres;
-        EXPECT_EQ(figure.subscript, row.subscript) << row.metres;
-        EXPECT_EQ(figure.underlined, row.metres < 0);
-    }
+    EXPECT_EQ(soundingFigure(-10.0F, 0, false).text, "33"); // 32.8 ft, drying
+    EXPECT_TRUE(soundingFigure(-10.0F, 0, false).underlined);
+    EXPECT_EQ(soundingFigure(12.59F, 1, false).subscript, "5");
+    EXPECT_EQ(soundingFigure(10.0F, 2, false).text, "5");
+    EXPECT_GT(soundingFigure(10.0F, 2, true).size, soundingFigure(10.0F, 2, false).size);
+    EXPECT_EQ(soundingFigure(-10.0F, 7, false).text, "") << "no such unit";
 }
 
 TEST_F(Portrayed, ALightTellsItsCharacter)
