@@ -87,7 +87,10 @@ Result<void> FileSettings::save()
 const Settings::Value* FileSettings::find(std::string_view key) const
 {
     const auto it = m_contents.values.find(key);
-    return it == m_contents.values.end() ? nullptr : &it->second;
+    if (it != m_contents.values.end())
+        return &it->second;
+    const auto standard = m_standards.find(key);
+    return standard == m_standards.end() ? nullptr : &standard->second;
 }
 
 void FileSettings::set(std::string_view key, Value value)

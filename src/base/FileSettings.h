@@ -21,9 +21,15 @@ public:
     [[nodiscard]] Result<void> save();
     [[nodiscard]] bool hasUnsavedChanges() const { return m_changed; }
 
+    using Values = std::map<std::string, Value, std::less<>>;
+    /// What find() gives for keys that were never set; not written to the file.
+    void setStandards(Values standards) { m_standards = std::move(standards); }
+
     [[nodiscard]] const Value* find(std::string_view key) const override;
+    /// Whether the key has a value of its own, be it the standard one.
+    [[nodiscard]] bool isSet(std::string_view key) const { return m_contents.values.contains(key); }
     void set(std::string_view key, Value value) override;
-    void remove(std::string_view key);
+    void remove(std::string_view key); ///< back to the standard
     /// Told of every key whose value is another one now.
     void setChangeHandler(std::function<void(std::string_view key)> handler)
     {
@@ -36,7 +42,6 @@ public:
     [[nodiscard]] Result<std::size_t> importFrom(const std::filesystem::path& file);
 
 private:
-    using Values = std::map<std::string, Value, std::less<>>;
     struct Contents {
         Values values;
         std::map<std::string, std::string> others; ///< JSON texts of what is not ours to read
@@ -46,6 +51,7 @@ private:
 
     std::filesystem::path m_file;
     Contents m_contents;
+    Values m_standards;
     std::function<void(std::string_view)> m_handler;
     bool m_changed = false;
 };
