@@ -1,30 +1,17 @@
 #include "painting/AreaFiller.h"
 
+#include "painting/Pixels.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace kelvox {
 
 namespace {
-std::uint32_t premultiplied(DisplayColor color)
-{
-    const auto part = [&](unsigned value) { return (value * color.alpha + 127U) / 255U; };
-    return static_cast<std::uint32_t>(color.alpha) << 24U | part(color.red) << 16U
-        | part(color.green) << 8U | part(color.blue);
-}
-
 void blend(std::uint32_t* pixels, int count, std::uint32_t source)
 {
-    const std::uint32_t keep = 255U - (source >> 24U);
-    for (int i = 0; i < count; ++i) {
-        const std::uint32_t below = pixels[i];
-        // Two channels at a time; the division by 255 is rounded.
-        std::uint32_t redBlue = (below & 0xFF00FFU) * keep + 0x800080U;
-        redBlue = (redBlue + ((redBlue >> 8U) & 0xFF00FFU)) >> 8U & 0xFF00FFU;
-        std::uint32_t alphaGreen = (below >> 8U & 0xFF00FFU) * keep + 0x800080U;
-        alphaGreen = (alphaGreen + ((alphaGreen >> 8U) & 0xFF00FFU)) & 0xFF00FF00U;
-        pixels[i] = source + redBlue + alphaGreen;
-    }
+    for (int i = 0; i < count; ++i)
+        pixels[i] = over(pixels[i], source);
 }
 
 /// The rows whose centre line the segment crosses, limited to the buffer.

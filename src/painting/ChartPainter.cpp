@@ -6,41 +6,84 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace kelvox {
 
 namespace {
 /// Some features of one cell in drawing order: a piece of work for one thread.
-struct Portion {
+struct Work {
     const CellGeometry* geometry;
     std::uint32_t cellRank;
     double longitudeShift;
+    std::size_t cellsAbove; ///< how many of the covered waters are those of finer cells
     std::vector<std::uint32_t> features;
 };
 
 constexpr std::size_t portionSize = 400;
+/// Pixels around the picture from which texts are gathered: about the length of a long name, so
+/// that a label is placed as it will be once its neighbours have come into the picture.
+constexpr double textMargin = 192;
 
-std::vector<Portion> portionsOf(const ChartScene& scene, const Rect& box)
+Rect boxAroundPicture(const ViewFrame& frame, double reach)
 {
-    std::vector<Portion> portions;
-    for (std::size_t rank = scene.cells.size(); rank-- > 0;) {
+    return {-reach, -reach, frame.width + reach, frame.height + reach};
+}
+
+/// Whether a path that is clipped to a box fills all of it.
+bool fills(const Path& rings, const Rect& box)
+{
+    double twice = 0;
+    for (std::size_t i = 0; i < rings.subPathCount(); ++i) {
+        const auto ring = rings.subPath(i);
+        Point a = ring.back();
+        for (const Point b : ring) {
+            twice += a.x * b.y - b.x * a.y;
+            a = b;
+        }
+    }
+    return std::abs(twice) / 2 > box.width() * box.height() * (1 - 1e-9);
+}
+
+/// What is to be drawn of a scene, the cell that lies lowest first.
+struct Plan {
+    std::vector<Work> works;
+    std::vector<CoveredWaters> covered; ///< of the finest cell first
+};
+
+Plan planOf(const ChartScene& scene, const ViewFrame& frame)
+{
+    Plan plan;
+    const Rect box = frame.coveredBox(textMargin);
+    const Rect clip = boxAroundPicture(frame, textMargin);
+    bool full = false;
+    for (std::size_t rank = 0; rank < scene.cells.size() && !full; ++rank) {
         const auto& geometry = scene.cells[rank];
+        const std::size_t above = plan.covered.size();
         for (const double shift : std::array{-360.0, 0.0, 360.0}) {
             const Rect shifted{box.left - shift, box.bottom, box.right - shift, box.top};
             if (!geometry->bounds().intersects(shifted))
                 continue;
             const auto found = geometry->featuresIn(shifted);
-            for (std::size_t from = 0; from < found.size(); from += portionSize) {
-                const auto to = std::min(from + portionSize, found.size());
-                portions.push_back({geometry.get(),
-                                    static_cast<std::uint32_t>(rank),
-                                    shift,
-                                    {found.begin() + static_cast<std::ptrdiff_t>(from),
-                                     found.begin() + static_cast<std::ptrdiff_t>(to)}});
+            for (auto& waters : coveredWaters(*geometry, found, frame, shift, textMargin)) {
+                full = full || fills(waters.rings, clip);
+                plan.covered.push_back(std::move(waters));
+            }
+            // Gathered from the top down, drawn from the bottom up: the portions go in backwards.
+            for (std::size_t to = found.size(); to > 0;) {
+                const std::size_t from = (to - 1) / portionSize * portionSize;
+                plan.works.push_back({geometry.get(),
+                                      static_cast<std::uint32_t>(rank),
+                                      shift,
+                                      above,
+                                      {found.begin() + static_cast<std::ptrdiff_t>(from),
+                                       found.begin() + static_cast<std::ptrdiff_t>(to)}});
+                to = from;
             }
         }
     }
-    return portions;
+    std::ranges::reverse(plan.works);
+    return plan;
 }
 
 /// The raster charts in a band of rows that is empty so far.
@@ -60,10 +103,12 @@ void drawRasters(const ChartScene& scene, const ViewFrame& frame, int top, const
 /// What one thread drew of one portion.
 struct Drawn {
     explicit Drawn(double pixelsPerPoint)
-        : list(pixelsPerPoint)
+        : ground(pixelsPerPoint)
+        , marks(pixelsPerPoint)
     {
     }
-    DisplayList list;
+    DisplayList ground;
+    DisplayList marks;
     S57TextModel texts;
 };
 } // namespace
@@ -89,21 +134,26 @@ QImage ChartPainter::paint(const ChartScene& scene, const ViewFrame& frame) cons
 QImage ChartPainter::paint(const ChartScene& scene, const ViewFrame& frame,
                            const std::atomic<bool>& cancelled) const
 {
-    QImage picture(frame.width, frame.height, QImage::Format_ARGB32_Premultiplied);
+    QImage picture(frame.width, frame.height, QImage::Format_RGB32);
     if (picture.isNull())
         return {};
 
     // First every feature's instructions, then the pixels: each path is built once, and the bands
     // of rows only take what meets them.
-    const auto portions = portionsOf(scene, frame.coveredBox(ViewPathBuilder::margin));
-    std::vector<Drawn> drawn(portions.size(), Drawn(frame.pixelsPerPoint));
-    m_pool.forEach(portions.size(), [&](std::size_t i) {
+    const Plan plan = planOf(scene, frame);
+    const S57ObjectRender render(frame, *scene.portrayal, scene.settings);
+    std::vector<Drawn> drawn(plan.works.size(), Drawn(frame.pixelsPerPoint));
+    m_pool.forEach(plan.works.size(), [&](std::size_t i) {
         if (cancelled)
             return;
-        const Portion& portion = portions[i];
-        S57ObjectRender(frame, *scene.portrayal, scene.settings)
-            .drawFeatures(*portion.geometry, portion.features, portion.cellRank,
-                          portion.longitudeShift, drawn[i].list, drawn[i].texts);
+        const Work& work = plan.works[i];
+        render.drawFeatures({.geometry = *work.geometry,
+                             .features = work.features,
+                             .cellRank = work.cellRank,
+                             .longitudeShift = work.longitudeShift,
+                             .covered = std::span(plan.covered).first(work.cellsAbove),
+                             .textBox = boxAroundPicture(frame, textMargin)},
+                            {drawn[i].ground, drawn[i].marks, drawn[i].texts});
     });
     const auto figures = figuresFor(scene, frame.pixelsPerPoint);
     S57TextModel texts;
@@ -136,8 +186,10 @@ QImage ChartPainter::paint(const ChartScene& scene, const ViewFrame& frame,
         for (const Drawn& part : drawn) {
             if (cancelled)
                 return;
-            part.list.replay(canvas, top, bottom);
+            part.ground.replay(canvas, top, bottom);
         }
+        for (const Drawn& part : drawn)
+            part.marks.replay(canvas, top, bottom);
         labels.replay(canvas, top, bottom);
     });
     return cancelled ? QImage() : picture;

@@ -4,8 +4,7 @@
 #include "painting/FigureImages.h"
 #include "presentation/Canvas.h"
 
-#include <QImage>
-#include <QPainter>
+#include <QColor>
 
 namespace kelvox {
 
@@ -26,10 +25,7 @@ private:
     PixelBuffer m_buffer;
     int m_top;
     FigureImages& m_figures;
-    QImage m_image; ///< the band, sharing its pixels
-    QPainter m_painter;
     AreaFiller m_filler;
-    QPolygonF m_polygon;
 };
 
 [[nodiscard]] inline QColor toQColor(DisplayColor color)

@@ -49,7 +49,8 @@ public:
     /// Fills the rings even-odd, each closed by its chord. Edges are not smoothed, so that areas
     /// with a common edge neither overlap nor gap.
     virtual void fillArea(const Path& rings, DisplayColor color) = 0;
-    /// Strokes each sub-path as an open line.
+    /// Strokes each sub-path as an open line. A broken line comes as its dashes, each a sub-path;
+    /// the pattern only tells what they are.
     virtual void strokeLine(const Path& lines, const Stroke& stroke) = 0;
     /// Puts the symbol's pivot at a pixel, turned clockwise by the angle.
     virtual void placeSymbol(const SymbolDrawing& symbol, Point at, float degrees) = 0;

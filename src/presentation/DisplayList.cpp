@@ -2,8 +2,6 @@
 
 #include "presentation/S52Render.h"
 
-#include <cmath>
-
 namespace kelvox {
 
 namespace {
@@ -34,11 +32,7 @@ void DisplayList::strokeLine(const Path& lines, const Stroke& stroke)
 
 void DisplayList::placeSymbol(const SymbolDrawing& symbol, Point at, float degrees)
 {
-    double reach = 0; // of the figure itself, at any angle
-    for (const auto& piece : symbol.paths)
-        for (const Point p : piece.path.points())
-            reach = std::max(reach, std::hypot(p.x, p.y));
-    reach = (reach + pen) * m_pixelsPerPoint;
+    const double reach = (symbol.reach + pen) * m_pixelsPerPoint;
     m_commands.push_back({rowAt(at.y - reach), rowAt(at.y + reach), Symbol{&symbol, at, degrees}});
 }
 

@@ -1,6 +1,9 @@
 #include "presentation/S52Render.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
+#include <numbers>
 
 namespace kelvox {
 
@@ -20,6 +23,34 @@ void addInstructions(Portrayal& portrayal, const S52LuptTable& table)
         }
 }
 } // namespace
+
+SymbolDrawing SymbolDrawing::from(std::string name, std::vector<S52Path> paths, Rect box)
+{
+    SymbolDrawing drawing;
+    drawing.name = std::move(name);
+    drawing.paths = std::move(paths);
+    drawing.box = box;
+    for (const S52Path& piece : drawing.paths)
+        for (const Point p : piece.path.points()) {
+            drawing.figure.include(p);
+            drawing.reach = std::max(drawing.reach, std::hypot(p.x, p.y));
+        }
+    return drawing;
+}
+
+Rect SymbolDrawing::spaceAt(Point at, double degrees, double pixelsPerPoint) const
+{
+    Rect space;
+    if (figure.isEmpty())
+        return space;
+    const double angle = degrees * std::numbers::pi / 180;
+    const double sine = std::sin(angle) * pixelsPerPoint;
+    const double cosine = std::cos(angle) * pixelsPerPoint;
+    for (const double x : {figure.left, figure.right})
+        for (const double y : {figure.bottom, figure.top})
+            space.include(at + Point{x * cosine + y * sine, x * sine - y * cosine});
+    return space;
+}
 
 const DisplayColor* Portrayal::color(std::string_view token) const
 {
@@ -59,8 +90,8 @@ void S52Render::buildPortrayal()
     if (m_ccieDictionary)
         portrayal->colors = *m_ccieDictionary;
     for (const auto& [name, symbol] : m_model.symb())
-        portrayal->symbols.emplace(name,
-                                   SymbolDrawing{name, symbol.s52Path(), itemRect(symbol, {0, 0})});
+        portrayal->symbols.emplace(
+            name, SymbolDrawing::from(name, symbol.s52Path(), itemRect(symbol, {0, 0})));
     for (auto& [name, style] : m_model.lnst())
         if (const S52Ccie* color = s52CcieForS52Item(style))
             portrayal->lineStyleColors.emplace(name, color->color);

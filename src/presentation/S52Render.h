@@ -13,6 +13,12 @@ struct SymbolDrawing {
     std::string name;
     std::vector<S52Path> paths;
     Rect box; ///< declared box about the pivot, which it need not hold
+    Rect figure; ///< around all that is drawn, pens left out
+    double reach = 0; ///< from the pivot to the farthest that is drawn
+
+    /// The pixels that the symbol takes at a place, turned clockwise.
+    [[nodiscard]] Rect spaceAt(Point at, double degrees, double pixelsPerPoint) const;
+    [[nodiscard]] static SymbolDrawing from(std::string name, std::vector<S52Path> paths, Rect box);
 };
 
 /// All that drawing takes from the presentation library in one colour scheme: an unchanging

@@ -99,7 +99,7 @@ void S57ObjectRender::drawLights(const Parameter& p) const
                           + Point{std::cos(angle), std::sin(angle)}
                               * (radius * m_frame.pixelsPerPoint));
         }
-        p.canvas.strokeLine(circle, {m_colors.textColor, 2, LinePattern::Solid});
+        strokeFigure(p, circle, {m_colors.textColor, 2, LinePattern::Solid});
     }
     drawLightCharacter(p);
     if (m_frame.view.scale() < sectorScale && m_settings.showSectors

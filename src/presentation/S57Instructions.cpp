@@ -60,18 +60,27 @@ void S57ObjectRender::drawInstruction(const Parameter& p, const Instruction& ins
 void S57ObjectRender::drawSymbol(const Parameter& p, const Instruction& instruction) const
 {
     const SymbolDrawing* symbol = m_portrayal.symbol(instruction.name);
-    if (!symbol)
+    if (!symbol || p.covered)
         return;
-    // The box grown threefold, as generous as the space that a turned figure may take.
-    const double reach =
-        3 * std::max(symbol->box.width(), symbol->box.height()) * m_frame.pixelsPerPoint;
-    const Rect picture{-reach, -reach, m_frame.width + reach, m_frame.height + reach};
-    if (!picture.contains(p.anchor) || symbol->paths.empty())
+    // The box grown by its own size to each side, as generous as the space of a turned figure.
+    const double scale = m_frame.pixelsPerPoint;
+    const Rect& box = symbol->box;
+    const Rect grown =
+        Rect{p.anchor.x + box.left * scale, p.anchor.y - box.top * scale,
+             p.anchor.x + box.right * scale, p.anchor.y - box.bottom * scale}
+            .grownBy(box.width() * scale, box.height() * scale);
+    const Rect space = p.portion.textBox.isEmpty() ? pictureBox(0) : p.portion.textBox;
+    if (!grown.intersects(space) || symbol->paths.empty())
         return;
+    if (p.hits)
+        return p.hits->hitBox(grown);
     const float angle = instruction.usesOrientation
         ? turned(p.object.orient().value_or(0) - m_frame.view.rotate())
         : turned(instruction.angle);
-    p.canvas.placeSymbol(*symbol, p.anchor, angle);
+    if (p.isPoint())
+        p.texts.avoid(symbol->spaceAt(p.anchor, angle, scale));
+    if (!p.textsOnly)
+        p.marks.placeSymbol(*symbol, p.anchor, angle);
 }
 
 void S57ObjectRender::drawLineStyle(const Parameter& p, const Instruction& instruction) const
@@ -82,7 +91,7 @@ void S57ObjectRender::drawLineStyle(const Parameter& p, const Instruction& instr
     const LinePattern pattern = instruction.pattern == "DASH" ? LinePattern::Dash
         : instruction.pattern == "DOTT"                       ? LinePattern::Dott
                                                               : LinePattern::Solid;
-    p.canvas.strokeLine(p.line(), {*color, instruction.width, pattern});
+    strokeOutline(p, {*color, instruction.width, pattern});
 }
 
 void S57ObjectRender::drawLineComplex(const Parameter& p, const Instruction& instruction) const
@@ -90,19 +99,20 @@ void S57ObjectRender::drawLineComplex(const Parameter& p, const Instruction& ins
     // Dashed in the style's colour; its figure is not repeated along the line, on purpose.
     const auto color = m_portrayal.lineStyleColors.find(instruction.name);
     if (color != m_portrayal.lineStyleColors.end())
-        p.canvas.strokeLine(p.line(), {color->second, 1, LinePattern::Dash});
+        strokeOutline(p, {color->second, 1, LinePattern::Dash});
 }
 
 void S57ObjectRender::drawAreaColor(const Parameter& p, const Instruction& instruction) const
 {
     constexpr int builtUp = 13;
     const int code = p.feature.objectCode();
+    if (code == s57class::UNSARE || code == builtUp)
+        return hitOutline(p); // those two are never filled, on purpose
     const DisplayColor* color = m_portrayal.color(instruction.name);
-    if (!p.isArea() || code == s57class::UNSARE || code == builtUp || !color)
-        return; // those two are never filled, on purpose
+    if (!p.isArea() || !color)
+        return;
     const bool clear = instruction.transparency >= 1 && instruction.transparency <= 3;
-    p.canvas.fillArea(p.area(),
-                      clear ? color->withOpacity(instruction.transparency * 0.25) : *color);
+    fillOutline(p, clear ? color->withOpacity(instruction.transparency * 0.25) : *color);
 }
 
 void S57ObjectRender::drawAreaPattern(const Parameter& p, const Instruction& instruction) const
@@ -110,7 +120,7 @@ void S57ObjectRender::drawAreaPattern(const Parameter& p, const Instruction& ins
     // A tint of the pattern's colour; the figure is not tiled, on purpose.
     const auto color = m_portrayal.patternColors.find(instruction.name);
     if (p.isArea() && color != m_portrayal.patternColors.end())
-        p.canvas.fillArea(p.area(), color->second.withOpacity(patternOpacity));
+        fillOutline(p, color->second.withOpacity(patternOpacity));
 }
 
 void S57ObjectRender::drawText(const Parameter& p, const Instruction& instruction) const

@@ -1,6 +1,7 @@
 #include "presentation/S57ObjectRender.h"
 
 #include "base/Settings.h"
+#include "presentation/Dashes.h"
 #include "presentation/LabelTexts.h"
 
 #include <fmt/format.h>
@@ -19,6 +20,7 @@ constexpr int noCoverage = 2; ///< CATCOV
 constexpr int landPointScale = 2'500'000; ///< islands too small to be areas vanish beyond it
 constexpr double scaleAllowance = 1.25; ///< beyond its own scale a feature stays this much longer
 constexpr double soundingRoom = 24; ///< display points from one figure to the next
+constexpr double labelReach = 16; ///< pixels; a click this near a labelled place means it
 constexpr double feetPerMetre = 3.2808399;
 constexpr double metresPerInch = 0.0254;
 
@@ -35,6 +37,17 @@ bool hasAreaName(int classCode)
     return std::ranges::find(codes, classCode) != codes.end();
 }
 
+Rect boxAround(Point middle, Size size)
+{
+    return Rect{middle.x, middle.y, middle.x, middle.y}.grownBy(size.width / 2, size.height / 2);
+}
+
+bool isCovered(const S57ObjectRender::Portion& portion, Point at)
+{
+    return std::ranges::any_of(portion.covered,
+                               [&](const CoveredWaters& waters) { return waters.contains(at); });
+}
+
 /// The value behind a mark such as "X:" in an annotation's text.
 std::optional<double> annotationField(std::string_view text, std::string_view mark)
 {
@@ -47,6 +60,27 @@ std::optional<double> annotationField(std::string_view text, std::string_view ma
     return read.ec == std::errc{} ? std::optional(value) : std::nullopt;
 }
 } // namespace
+
+std::vector<CoveredWaters> coveredWaters(const CellGeometry& geometry,
+                                         std::span<const std::uint32_t> features,
+                                         const ViewFrame& frame, double longitudeShift,
+                                         double margin)
+{
+    std::vector<CoveredWaters> result;
+    ViewPathBuilder paths(frame, longitudeShift, margin);
+    for (const std::uint32_t index : features) {
+        const S57Feature& feature = *geometry.cell().s57Features()[index];
+        if (feature.objectCode() != s57class::M_COVR)
+            break; // coverage comes first
+        if (feature.geometry() != S57Feature::area || !feature.s57Object()
+            || feature.s57Object()->catcov() == noCoverage)
+            continue;
+        const Path& rings = paths.areaPath(geometry, index);
+        if (!rings.isEmpty())
+            result.push_back({rings, rings.bounds()});
+    }
+    return result;
+}
 
 void RenderSettings::loadSettings(const Settings& settings)
 {
@@ -93,25 +127,92 @@ S57ObjectRender::S57ObjectRender(const ViewFrame& frame, const Portrayal& portra
         static_cast<float>(soundingRoom * frame.pixelsPerPoint / std::hypot(t.c, t.d));
 }
 
-void S57ObjectRender::drawFeatures(const CellGeometry& geometry,
-                                   std::span<const std::uint32_t> features, std::uint32_t cellRank,
-                                   double longitudeShift, Canvas& canvas, S57TextModel& texts)
+void S57ObjectRender::drawFeatures(const Portion& portion, const Target& target) const
 {
-    ViewPathBuilder paths(m_frame, longitudeShift);
+    const CellGeometry& geometry = portion.geometry;
+    ViewPathBuilder paths(m_frame, portion.longitudeShift);
     AffineTransform toPixels = m_frame.toPixels();
-    toPixels.tx += toPixels.a * longitudeShift;
-    toPixels.ty += toPixels.b * longitudeShift;
+    toPixels.tx += toPixels.a * portion.longitudeShift;
+    toPixels.ty += toPixels.b * portion.longitudeShift;
+    Rect picture = m_frame.coveredBox(ViewPathBuilder::margin);
+    picture.left -= portion.longitudeShift;
+    picture.right -= portion.longitudeShift;
     const auto& all = geometry.cell().s57Features();
-    for (const std::uint32_t index : features) {
+    for (const std::uint32_t index : portion.features) {
         const S57Feature& feature = *all[index];
         const auto anchor = geometry.anchor(index);
-        if (anchor && isDrawn(feature))
-            drawObject({geometry, index, feature, *feature.s57Object(), toPixels.map(*anchor),
-                        cellRank, toPixels, paths, canvas, texts});
+        if (!anchor || !isDrawn(feature, target.hits != nullptr))
+            continue;
+        const bool isPoint = feature.geometry() == S57Feature::point;
+        const Point at = toPixels.map(*anchor);
+        const bool covered = isCovered(portion, at);
+        if (covered && isPoint && feature.objectCode() != s57class::SOUNDG)
+            continue;
+        drawObject({.geometry = geometry,
+                    .index = index,
+                    .feature = feature,
+                    .object = *feature.s57Object(),
+                    .anchor = at,
+                    .cellRank = portion.cellRank,
+                    .toPixels = toPixels,
+                    .paths = paths,
+                    .canvas = isPoint ? target.marks : target.ground,
+                    .marks = target.marks,
+                    .texts = target.texts,
+                    .hits = target.hits,
+                    .portion = portion,
+                    .covered = covered,
+                    .textsOnly = !geometry.bounds(index).intersects(picture)});
     }
 }
 
-bool S57ObjectRender::isDrawn(const S57Feature& feature) const
+void S57ObjectRender::hitOutline(const Parameter& p) const
+{
+    if (p.hits && !p.isPoint() && !p.textsOnly)
+        p.hits->hitPath(p.isArea() ? p.area() : p.line(), p.isArea());
+}
+
+void S57ObjectRender::fillOutline(const Parameter& p, DisplayColor color) const
+{
+    if (!p.hits && !p.textsOnly)
+        p.canvas.fillArea(p.area(), color);
+    hitOutline(p);
+}
+
+void S57ObjectRender::strokeOutline(const Parameter& p, const Stroke& stroke) const
+{
+    if (!p.hits && !p.textsOnly) {
+        if (stroke.pattern == LinePattern::Solid)
+            p.canvas.strokeLine(p.line(), stroke);
+        else
+            p.canvas.strokeLine(p.paths.dashedPath(p.geometry, p.index,
+                                                   dashesOf(stroke.pattern)
+                                                       .scaled(m_frame.pixelsPerPoint)),
+                                stroke);
+    }
+    hitOutline(p);
+}
+
+void S57ObjectRender::strokeFigure(const Parameter& p, const Path& figure,
+                                   const Stroke& stroke) const
+{
+    if (p.hits || p.textsOnly)
+        return;
+    if (stroke.pattern == LinePattern::Solid)
+        return p.canvas.strokeLine(figure, stroke);
+    Path dashes;
+    for (std::size_t i = 0; i < figure.subPathCount(); ++i)
+        appendDashes(figure.subPath(i), dashesOf(stroke.pattern).scaled(m_frame.pixelsPerPoint), 0,
+                     dashes);
+    p.canvas.strokeLine(dashes, stroke);
+}
+
+Rect S57ObjectRender::pictureBox(double reach) const
+{
+    return {-reach, -reach, m_frame.width + reach, m_frame.height + reach};
+}
+
+bool S57ObjectRender::isDrawn(const S57Feature& feature, bool forHits) const
 {
     using namespace s57class;
     constexpr int routeCentre = 108, track = 109, caution = 27, restricted = 112;
@@ -121,8 +222,10 @@ bool S57ObjectRender::isDrawn(const S57Feature& feature) const
     // What makes the ground of the chart is always drawn, whatever its scale.
     if (code == DEPARE || code == DEPCNT || code == LNDARE || code == M_COVR)
         return true;
-    if ((code >= 300 && code <= 312) || m_quality != Quality::Full)
+    if (m_quality != Quality::Full)
         return false;
+    if (code >= 300 && code <= 312)
+        return forHits; // never drawn, but found by a click
     // The switches work as a chain, on purpose: each area switch also rules those before it.
     const bool restrictedOn = m_settings.showRestrictedAreas;
     const bool cautionOn = restrictedOn && m_settings.showCautionAreas;
@@ -158,6 +261,15 @@ void S57ObjectRender::drawObject(const Parameter& p) const
         return drawCoverage(p);
     case s57class::annotation:
         return drawAnnotation(p);
+    case 300:
+    case 304:
+    case 305:
+    case 306:
+    case 308:
+    case 309:
+    case 310:
+    case 312: // told of a place, never drawn
+        return hitOutline(p);
     default:
         return drawLookUp(p);
     }
@@ -169,25 +281,25 @@ void S57ObjectRender::drawDepth(const Parameter& p) const
         return;
     const double minimum = p.object.drval1().value_or(0);
     if (minimum > 0)
-        return; // the deep water of the coverage shows
+        return hitOutline(p); // the deep water of the coverage shows
     const bool drying = minimum < 0 || p.object.drval2().value_or(0) < 0;
-    p.canvas.fillArea(p.area(), drying ? m_colors.coastFillColor : m_colors.shallowFillColor);
+    fillOutline(p, drying ? m_colors.coastFillColor : m_colors.shallowFillColor);
 }
 
 void S57ObjectRender::drawDepthContour(const Parameter& p) const
 {
     if (m_settings.showDepthContours)
-        p.canvas.strokeLine(p.line(), {m_colors.contourLineColor, thinLine, LinePattern::Solid});
+        strokeOutline(p, {m_colors.contourLineColor, thinLine, LinePattern::Solid});
 }
 
 void S57ObjectRender::drawLandArea(const Parameter& p) const
 {
     if (p.isArea()) {
-        p.canvas.fillArea(p.area(), m_colors.landColor);
+        fillOutline(p, m_colors.landColor);
         if (m_quality == Quality::Full)
             drawObjectName(p);
     } else if (p.isLine()) {
-        p.canvas.strokeLine(p.line(), {m_colors.coastLineColor, thinLine, LinePattern::Solid});
+        strokeOutline(p, {m_colors.coastLineColor, thinLine, LinePattern::Solid});
     } else if (m_frame.view.scale() <= std::min(p.object.scale(), landPointScale)) {
         processSelectedInstruction(p, "SY(LNDARE01)");
     }
@@ -197,7 +309,7 @@ void S57ObjectRender::drawLake(const Parameter& p) const
 {
     if (!p.isArea())
         return;
-    p.canvas.fillArea(p.area(), m_colors.lakeColor);
+    fillOutline(p, m_colors.lakeColor);
     drawObjectName(p);
     drawElevation(p);
 }
@@ -205,7 +317,7 @@ void S57ObjectRender::drawLake(const Parameter& p) const
 void S57ObjectRender::drawCoverage(const Parameter& p) const
 {
     if (p.isArea() && p.object.catcov() != noCoverage)
-        p.canvas.fillArea(p.area(), m_colors.coverageColor);
+        fillOutline(p, m_colors.coverageColor);
 }
 
 void S57ObjectRender::drawSounding(const Parameter& p) const
@@ -213,17 +325,24 @@ void S57ObjectRender::drawSounding(const Parameter& p) const
     if (!m_settings.showSoundings)
         return;
     const std::uint8_t least = CellGeometry::detailCode(m_soundingDetail);
-    const Rect picture{-50, -50, m_frame.width + 50.0, m_frame.height + 50.0};
+    // The shoalest of a wider neighbourhood never gives way to a name.
+    const std::uint8_t lasting = CellGeometry::detailCode(3 * m_soundingDetail);
+    const Rect space = p.portion.textBox.isEmpty() ? pictureBox(50) : p.portion.textBox;
     for (const auto& sounding : p.geometry.soundings(p.index)) {
         if (sounding.detail < least)
             continue;
         const Point at = p.toPixels.map({sounding.longitude, sounding.ordinate});
-        if (!picture.contains(at))
+        if (!space.contains(at) || isCovered(p.portion, at))
             continue;
+        if (p.hits) {
+            const double reach = soundingRoom / 2 * m_frame.pixelsPerPoint;
+            p.hits->hitSounding(sounding, Rect{at.x, at.y, at.x, at.y}.grownBy(reach, reach));
+            continue;
+        }
         TextFigure figure =
             soundingFigure(sounding.depth, m_settings.depthUnit, m_settings.largeText);
         figure.color = m_colors.soundingColor;
-        p.canvas.placeText(figure, at);
+        p.texts.addSounding({std::move(figure), at, sounding.depth, sounding.detail >= lasting});
     }
 }
 
@@ -263,7 +382,7 @@ void S57ObjectRender::drawRadius(const Parameter& p) const
         const double angle = 2 * std::numbers::pi * i / corners;
         circle.lineTo(p.anchor + Point{std::cos(angle), std::sin(angle)} * pixels);
     }
-    p.canvas.strokeLine(circle, {m_colors.radiusColor, thinLine, LinePattern::Dash});
+    strokeFigure(p, circle, {m_colors.radiusColor, thinLine, LinePattern::Dash});
 }
 
 void S57ObjectRender::drawAnnotation(const Parameter& p) const
@@ -281,13 +400,27 @@ void S57ObjectRender::drawAnnotation(const Parameter& p) const
     figure.size = static_cast<float>(size);
     figure.color = m_colors.textColor;
     figure.haloColor = m_colors.coverageColor;
-    if (!figure.text.empty())
-        p.canvas.placeText(figure, p.anchor + Point{x, -y} * m_frame.pixelsPerPoint);
+    const Point at = p.anchor + Point{x, -y} * m_frame.pixelsPerPoint;
+    const Rect space = boxAround(
+        at, {figure.size * 0.6 * static_cast<double>(figure.text.size()), figure.size * 1.2});
+    if (p.hits)
+        p.hits->hitBox(space);
+    else if (!figure.text.empty() && !p.textsOnly)
+        p.canvas.placeText(figure, at);
+    p.texts.avoid(space);
 }
 
 void S57ObjectRender::addText(const Parameter& p, std::string text, S57TextModel::Rank rank,
                               bool centred, bool italic) const
 {
+    if (p.covered)
+        return;
+    if (p.hits) {
+        // A label may lie anywhere around its place; what is sure is the place itself.
+        if (p.isPoint())
+            p.hits->hitBox(boxAround(p.anchor, {labelReach, labelReach}));
+        return;
+    }
     S57TextModel::Item item;
     item.figure.text = std::move(text);
     item.figure.size = m_settings.largeText ? 14 : 11;
@@ -364,7 +497,7 @@ void S57ObjectRender::drawSector(const Parameter& p) const
         legs.moveTo(p.anchor);
         legs.lineTo(p.anchor + direction(bearing) * legLength);
     }
-    p.canvas.strokeLine(legs, {m_colors.textColor, thinLine, LinePattern::Dash});
+    strokeFigure(p, legs, {m_colors.textColor, thinLine, LinePattern::Dash});
 
     double sweep = std::fmod(*to - *from, 360);
     if (sweep <= 0)
@@ -380,9 +513,9 @@ void S57ObjectRender::drawSector(const Parameter& p) const
                                                    : "LITYW";
     const DisplayColor* color = m_portrayal.color(token);
     // A dark edge keeps yellow apart from white water.
-    p.canvas.strokeLine(arc, {m_colors.textColor, 4, LinePattern::Solid});
+    strokeFigure(p, arc, {m_colors.textColor, 4, LinePattern::Solid});
     if (color)
-        p.canvas.strokeLine(arc, {*color, 2.4F, LinePattern::Solid});
+        strokeFigure(p, arc, {*color, 2.4F, LinePattern::Solid});
 }
 
 } // namespace kelvox

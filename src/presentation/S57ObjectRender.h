@@ -52,24 +52,67 @@ struct RenderColors {
     [[nodiscard]] static RenderColors from(const S52CcieMap& colors);
 };
 
+/// Waters of a picture that some cell covers. Pixels.
+struct CoveredWaters {
+    Path rings; ///< even-odd
+    Rect box; ///< around them
+
+    [[nodiscard]] bool contains(Point p) const { return box.contains(p) && rings.contains(p); }
+};
+
+/// What a cell covers of a picture and a margin of pixels around it.
+/// @param features as featuresIn() found them
+[[nodiscard]] std::vector<CoveredWaters> coveredWaters(const CellGeometry& geometry,
+                                                       std::span<const std::uint32_t> features,
+                                                       const ViewFrame& frame,
+                                                       double longitudeShift, double margin);
+
+/// Learns what a click on the picture may hit, as the instructions draw it. Pixels.
+class HitSink {
+public:
+    virtual ~HitSink() = default;
+    /// The outline of a feature; the inside belongs to it when it is an area.
+    virtual void hitPath(const Path& outline, bool isArea) = 0;
+    /// The space of a symbol or a text.
+    virtual void hitBox(const Rect& box) = 0;
+    virtual void hitSounding(const CellGeometry::Sounding& sounding, const Rect& box) = 0;
+};
+
 /// Draws the features of cells into one picture. Holds no state of the chart: one for each thread.
 class S57ObjectRender {
 public:
     enum class Quality { Full, Reduced };
 
+    /// Some features of a cell and how they lie in the picture.
+    struct Portion {
+        const CellGeometry& geometry;
+        std::span<const std::uint32_t> features; ///< places in the cell's list, drawn in that order
+        std::uint32_t cellRank = 0; ///< 0 for the cell that lies on top
+        double longitudeShift = 0; ///< as for ViewPathBuilder
+        /// What the cells above cover, in pixels: no mark and no text of this cell stands there.
+        std::span<const CoveredWaters> covered = {};
+        /// Around the picture only texts are gathered, so that those near its edge are placed as
+        /// they will be when they have come further in.
+        Rect textBox = {}; ///< pixels; empty for the picture itself
+    };
+    /// Where it is drawn. The ground (areas, lines) of all cells lies beneath the marks (points,
+    /// symbols) of all cells, so that no cell cuts its neighbour's marks at its border.
+    struct Target {
+        Canvas& ground;
+        Canvas& marks;
+        S57TextModel& texts;
+        HitSink* hits = nullptr;
+    };
+
     /// @param portrayal outlives what is drawn: symbols are handed on by reference
     S57ObjectRender(const ViewFrame& frame, const Portrayal& portrayal,
                     const RenderSettings& settings, Quality quality = Quality::Full);
 
-    /// Draws some features of a cell, named by their places in its list, in that order.
-    /// @param cellRank 0 for the cell that lies on top
-    /// @param longitudeShift as for ViewPathBuilder
-    void drawFeatures(const CellGeometry& geometry, std::span<const std::uint32_t> features,
-                      std::uint32_t cellRank, double longitudeShift, Canvas& canvas,
-                      S57TextModel& texts);
+    void drawFeatures(const Portion& portion, const Target& target) const;
 
     /// Whether the filters let a feature through: its class, the switches and its scale.
-    [[nodiscard]] bool isDrawn(const S57Feature& feature) const;
+    /// @param forHits meta objects, which are never drawn, can still be found by a click
+    [[nodiscard]] bool isDrawn(const S57Feature& feature, bool forHits = false) const;
 
 private:
     /// One feature being drawn (the render parameter).
@@ -82,16 +125,27 @@ private:
         std::uint32_t cellRank;
         AffineTransform toPixels;
         ViewPathBuilder& paths;
-        Canvas& canvas;
+        Canvas& canvas; ///< for areas and lines of this feature
+        Canvas& marks;
         S57TextModel& texts;
+        HitSink* hits;
+        const Portion& portion;
+        bool covered; ///< the anchor, by a cell above
+        bool textsOnly; ///< the feature lies outside the picture
 
         [[nodiscard]] const Path& area() const { return paths.areaPath(geometry, index); }
         [[nodiscard]] const Path& line() const { return paths.linePath(geometry, index); }
+        [[nodiscard]] bool isPoint() const { return feature.geometry() == S57Feature::point; }
         [[nodiscard]] bool isArea() const { return feature.geometry() == S57Feature::area; }
         [[nodiscard]] bool isLine() const { return feature.geometry() == S57Feature::line; }
     };
 
+    [[nodiscard]] Rect pictureBox(double reach) const;
     void drawObject(const Parameter& p) const;
+    void fillOutline(const Parameter& p, DisplayColor color) const;
+    void strokeOutline(const Parameter& p, const Stroke& stroke) const;
+    void strokeFigure(const Parameter& p, const Path& figure, const Stroke& stroke) const;
+    void hitOutline(const Parameter& p) const;
     // Dedicated routines.
     void drawDepth(const Parameter& p) const;
     void drawDepthContour(const Parameter& p) const;

@@ -58,9 +58,9 @@ bool clipSegment(const Rect& clip, Point& a, Point& b)
 }
 } // namespace
 
-ViewPathBuilder::ViewPathBuilder(const ViewFrame& frame, double longitudeShift)
+ViewPathBuilder::ViewPathBuilder(const ViewFrame& frame, double longitudeShift, double reach)
     : m_toPixels(frame.toPixels())
-    , m_clip{-margin, -margin, frame.width + margin, frame.height + margin}
+    , m_clip{-reach, -reach, frame.width + reach, frame.height + reach}
 {
     m_toPixels.tx += m_toPixels.a * longitudeShift;
     m_toPixels.ty += m_toPixels.b * longitudeShift;
@@ -156,7 +156,8 @@ const Path& ViewPathBuilder::areaPath(const CellGeometry& geometry, std::size_t 
     return m_path;
 }
 
-const Path& ViewPathBuilder::linePath(const CellGeometry& geometry, std::size_t feature)
+template <typename Flush>
+void ViewPathBuilder::walkLine(const CellGeometry& geometry, std::size_t feature, Flush flush)
 {
     m_path.clear();
     m_points.clear();
@@ -166,13 +167,56 @@ const Path& ViewPathBuilder::linePath(const CellGeometry& geometry, std::size_t 
         const auto& edge = geometry.edge(use);
         const bool fromNode = use.reversed ? edge.hasEnd : edge.hasStart;
         if (fromNode)
-            flushLine();
+            flush();
         else if (!begun)
             continue;
         begun = true;
         appendUse(geometry, use);
     }
-    flushLine();
+    flush();
+}
+
+const Path& ViewPathBuilder::linePath(const CellGeometry& geometry, std::size_t feature)
+{
+    walkLine(geometry, feature, [this] { flushLine(); });
+    return m_path;
+}
+
+void ViewPathBuilder::flushDashes(Dashes dashes, double& along)
+{
+    const auto endRun = [&](double start) {
+        if (m_scratch.size() > 1)
+            appendDashes(m_scratch, dashes, start, m_path);
+        m_scratch.clear();
+    };
+    double runStart = along;
+    m_scratch.clear();
+    for (std::size_t i = 1; i < m_points.size(); ++i) {
+        Point a = m_points[i - 1];
+        Point b = m_points[i];
+        const double length = std::hypot(b.x - a.x, b.y - a.y);
+        if (m_clipping && !clipSegment(m_clip, a, b)) {
+            endRun(runStart);
+        } else {
+            if (m_scratch.empty() || !(a == m_scratch.back())) {
+                endRun(runStart);
+                const Point from = m_points[i - 1];
+                runStart = along + std::hypot(a.x - from.x, a.y - from.y);
+                m_scratch.push_back(a);
+            }
+            m_scratch.push_back(b);
+        }
+        along += length;
+    }
+    endRun(runStart);
+    m_points.clear();
+}
+
+const Path& ViewPathBuilder::dashedPath(const CellGeometry& geometry, std::size_t feature,
+                                        Dashes dashes)
+{
+    double along = 0;
+    walkLine(geometry, feature, [&] { flushDashes(dashes, along); });
     return m_path;
 }
 

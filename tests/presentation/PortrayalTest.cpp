@@ -85,7 +85,9 @@ protected:
             if (const DisplayColor* color = portrayal->color(token))
                 canvas.names.emplace_back(*color, token);
         S57ObjectRender(frame, *portrayal, settings, quality)
-            .drawFeatures(geometry, geometry.featuresIn(frame.coveredBox(16)), 0, 0, canvas, texts);
+            .drawFeatures(
+                {.geometry = geometry, .features = geometry.featuresIn(frame.coveredBox(16))},
+                {canvas, canvas, texts});
         return canvas.steps;
     }
     static S57CellWriter::Line box(double half)
