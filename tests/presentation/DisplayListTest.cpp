@@ -18,7 +18,7 @@ Path stripe(double top, double bottom)
 
 TEST(DisplayList, DrawsAgainInOrderWhatMeetsTheRows)
 {
-    const SymbolDrawing symbol{"BOYLAT13", {}, {}};
+    const auto symbol = SymbolDrawing::from("BOYLAT13", {}, {});
     TextFigure figure;
     figure.text = "12";
     DisplayList list(1);
