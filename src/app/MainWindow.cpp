@@ -7,7 +7,6 @@
 #include "app/panels/Panels.h"
 #include "navigation/NavMath.h"
 #include "navigation/ValueFormatters.h"
-#include "presentation/S52Lookup.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -54,7 +53,7 @@ QToolButton* makeButton(QWidget* parent, const QString& name)
 MainWindow::MainWindow(Program& program)
     : m_program(program)
     , m_commands(*this, program.settings())
-    , m_loader(program.pool())
+    , m_charts(program.executor(), program.library(), program.places().cache / "charts.sqlite")
     , m_area(new QWidget(this))
     , m_chart(new ChartView(program.pool(), m_area))
     , m_topBar(makeFrame(QStringLiteral("topBar"), this))
@@ -136,9 +135,7 @@ MainWindow::MainWindow(Program& program)
             [this](const QStringList& names) { openFiles(toPaths(names)); });
     connect(m_chart, &ChartView::menuRequested, this, &MainWindow::showMenu);
     connect(m_chart, &ChartView::panned, this, [this] { setFollowing(false); });
-    connect(&m_loader, &ChartLoader::cellLoaded, this, &MainWindow::addCell);
-    connect(&m_loader, &ChartLoader::finished, this, &MainWindow::loadingFinished);
-    connect(&m_loader, &ChartLoader::failed, this, &MainWindow::showNote);
+    connectCharts();
     connect(&program.live(), &LiveData::vesselMoved, this, &MainWindow::updateVessel);
     connect(&program.live(), &LiveData::targetsChanged, m_chart, qOverload<>(&QWidget::update));
     for (const auto signal :
@@ -180,8 +177,7 @@ void MainWindow::buildCommands()
     c.add("file.newWindow", file, QKeySequence::New, [this] {
         auto* other = new MainWindow(m_program);
         other->setAttribute(Qt::WA_DeleteOnClose);
-        other->m_scene = m_scene;
-        other->updateScene();
+        other->m_charts.setPlaces(m_charts.places());
         other->m_chart->centerOn(m_chart->center());
         other->m_chart->setScale(m_chart->scale());
         other->resize(size());
@@ -499,15 +495,16 @@ void MainWindow::rememberView()
 void MainWindow::open(const std::vector<std::filesystem::path>& paths)
 {
     m_fitWhenLoaded = true;
-    m_loader.open(paths);
+    m_charts.open(paths);
+    m_remembersCharts = true;
+    rememberCharts();
 }
 
 void MainWindow::openDemo()
 {
     constexpr int demoScale = 50'000;
     const auto& resources = m_program.places().resources;
-    open({resources / "demo"});
-    m_fitWhenLoaded = false;
+    m_charts.open({resources / "demo"});
     m_chart->setScale(demoScale);
     setFollowing(true);
     if (const auto started = m_program.live().simulate(resources / "simulation.json"); !started)
@@ -572,43 +569,87 @@ void MainWindow::manOverboard()
     setFollowing(true);
 }
 
-void MainWindow::addCell(const std::shared_ptr<const CellGeometry>& geometry)
+void MainWindow::connectCharts()
 {
-    S52Lookup::setS52Lupts(geometry->cell(), m_program.library());
-    // The same file opened again takes the place of the old one.
-    const auto& path = geometry->cell().s57CatalogRecord()->path;
-    std::erase_if(m_scene.cells, [&](const auto& other) {
-        return other->cell().s57CatalogRecord()->path == path;
+    connect(m_chart, &ChartView::viewChanged, this, [this] { m_charts.setView(m_chart->frame()); });
+    connect(m_chart, &ChartView::panned, this, [this] { m_fitWhenLoaded = false; });
+    connect(&m_charts, &ChartSet::sceneChanged, this, [this] {
+        m_charts.fill(m_scene);
+        updateScene();
     });
-    m_scene.cells.push_back(geometry);
-    std::ranges::stable_sort(m_scene.cells, {}, [](const auto& cell) {
-        return cell->cell().parameters().compiledScale;
+    connect(&m_charts, &ChartSet::chartsChanged, this, &MainWindow::chartsFound);
+    connect(&m_charts, &ChartSet::scanned, this, &MainWindow::scanFinished);
+    connect(&m_charts, &ChartSet::progress, this, [this](int done, int total) {
+        m_cellLabel->setText(
+            text("NSReadingCharts", {QString::number(done), QString::number(total)}));
     });
-    if (m_scene.cells.size() == 1 && m_fitWhenLoaded)
-        fitAll(); // something to see at once; the whole is fitted when all are there
-    updateScene();
+    connect(&m_charts, &ChartSet::failed, this, &MainWindow::showNote);
+    const auto choose = [this] {
+        const auto choice = m_program.settings().integer("chartChoice");
+        m_charts.setChoice(choice == 1       ? ChartChoice::Cells
+                               : choice == 2 ? ChartChoice::Rasters
+                                             : ChartChoice::Both);
+    };
+    connect(&m_program, &Program::settingChanged, this, [choose](const QString& key) {
+        if (key == QLatin1String("chartChoice"))
+            choose();
+    });
+    choose();
 }
 
-void MainWindow::loadingFinished(int cells)
+void MainWindow::chartsFound()
 {
-    if (std::exchange(m_fitWhenLoaded, false) && cells > 0)
+    // Something to see at once; the whole is fitted when all is known.
+    if (m_fitWhenLoaded && m_scene.cells.empty() && m_scene.rasters.empty())
         fitAll();
     updateStatus();
 }
 
+void MainWindow::scanFinished(int found)
+{
+    if (std::exchange(m_fitWhenLoaded, false) && found > 0)
+        fitAll();
+    updateStatus();
+}
+
+void MainWindow::rememberCharts()
+{
+    std::string places;
+    for (const auto& place : m_charts.places())
+        places += place.string() + '\n';
+    m_program.settings().set("charts.places", places);
+}
+
+bool MainWindow::openRemembered()
+{
+    const auto lines = QString::fromStdString(m_program.settings().text("charts.places"))
+                           .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    if (lines.isEmpty())
+        return false;
+    m_remembersCharts = true;
+    m_charts.setPlaces(toPaths(lines));
+    const Settings& settings = m_program.settings();
+    if (settings.find("chart.scale")) {
+        m_chart->setScale(static_cast<int>(settings.integer("chart.scale")));
+        m_chart->centerOn({.longitude = settings.number("chart.longitude"),
+                           .latitude = settings.number("chart.latitude")});
+    } else {
+        m_fitWhenLoaded = true;
+    }
+    return true;
+}
+
 void MainWindow::fitAll()
 {
-    Rect bounds;
-    for (const auto& geometry : m_scene.cells)
-        bounds.include(geometry->cell().bounds());
-    if (!bounds.isEmpty())
+    if (const Rect bounds = m_charts.bounds(); !bounds.isEmpty())
         m_chart->showBounds(bounds);
 }
 
 void MainWindow::closeCharts()
 {
-    m_scene.cells.clear();
-    updateScene();
+    m_charts.setPlaces({});
+    if (m_remembersCharts)
+        rememberCharts();
 }
 
 void MainWindow::updateScene()
@@ -626,10 +667,9 @@ void MainWindow::updateStatus()
     const int heading = qRound(m_chart->rotation()) % 360;
     m_rotationLabel->setText(
         heading == 0 ? QString() : QStringLiteral("⟲ %1°").arg(heading, 3, 10, QChar('0')));
-    const auto count = m_scene.cells.size();
+    const auto count = m_charts.charts().size();
     m_cellLabel->setText(count == 0       ? text("NSNoChartOpen")
-                             : count == 1 ? QString::fromStdString(
-                                   m_scene.cells.front()->cell().s57CatalogRecord()->path.stem())
+                             : count == 1 ? QString::fromStdString(m_charts.charts().front()->name)
                                           : countedText("NSCellCount", count));
 }
 

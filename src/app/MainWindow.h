@@ -3,7 +3,7 @@
 #include "app/AlarmBanner.h"
 #include "app/ChartHost.h"
 #include "app/ChartLayer.h"
-#include "app/ChartLoader.h"
+#include "app/ChartSet.h"
 #include "app/ChartView.h"
 #include "app/Commands.h"
 #include "app/PanelHost.h"
@@ -33,6 +33,8 @@ public:
     void open(const std::vector<std::filesystem::path>& paths);
     /// Opens the demo charts and lets the simulated vessel sail in them.
     void openDemo();
+    /// Opens what was open when the program was left. False when that was nothing.
+    bool openRemembered();
 
     [[nodiscard]] Program& program() override { return m_program; }
     [[nodiscard]] ChartView& chart() override { return *m_chart; }
@@ -67,8 +69,10 @@ private:
     void restoreView();
     void rememberView();
 
-    void addCell(const std::shared_ptr<const CellGeometry>& geometry);
-    void loadingFinished(int cells);
+    void connectCharts();
+    void chartsFound();
+    void scanFinished(int found);
+    void rememberCharts();
     void fitAll();
     void closeCharts();
     void updateScene();
@@ -85,7 +89,7 @@ private:
 
     Program& m_program;
     Commands m_commands;
-    ChartLoader m_loader;
+    ChartSet m_charts;
     QWidget* m_area; ///< all that lies over the chart has this parent
     ChartView* m_chart;
     QFrame* m_topBar;
@@ -111,6 +115,7 @@ private:
 
     ChartScene m_scene;
     bool m_fitWhenLoaded = false;
+    bool m_remembersCharts = false; ///< not while the demo charts are shown
     NSPositionFormatter m_latitude;
     NSPositionFormatter m_longitude;
     QLabel* m_positionLabel = nullptr;

@@ -35,9 +35,9 @@ int main(int argc, char** argv)
     std::vector<std::filesystem::path> charts;
     for (const QString& name : arguments.positionalArguments())
         charts.emplace_back(name.toStdString());
-    if (charts.empty())
-        window.openDemo();
-    else
+    if (!charts.empty())
         window.openFiles(charts);
+    else if (!window.openRemembered())
+        window.openDemo();
     return QApplication::exec();
 }

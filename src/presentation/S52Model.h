@@ -17,7 +17,7 @@ namespace kelvox {
 /// A name used by the library that the program does not have, or needed by the program and not in
 /// the library. What bears it is not drawn, so the user is told.
 struct S52UnknownName {
-    enum class Kind { Procedure, Symbol, LineStyle, Pattern, Color, ColorTable };
+    enum class Kind { Procedure, Symbol, LineStyle, Pattern, Color, ColorScheme };
 
     Kind kind = Kind::Symbol;
     std::string name;

@@ -77,7 +77,7 @@ std::vector<S52UnknownName> S52Model::findUnknownNames() const
                     check.instruction(instruction, acronym);
     const std::string program = "program";
     for (const std::string_view name : colorTableNames())
-        check.need(m_s52ColsDictionary.contains(name), Kind::ColorTable, name, program);
+        check.need(m_s52ColsDictionary.contains(name), Kind::ColorScheme, name, program);
     for (const std::string_view name : routineSymbolNames())
         check.need(m_s52SymbDictionary.contains(name), Kind::Symbol, name, program);
     for (const std::string_view name : routinePatternNames())

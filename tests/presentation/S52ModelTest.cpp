@@ -109,7 +109,7 @@ TEST(S52Model, TellsWhichNamesTheProgramAndTheLibraryDoNotShare)
     EXPECT_TRUE(reports(model, Kind::Color, "CHGRN", "program")) << "of the symbol too, told once";
     EXPECT_FALSE(reports(model, Kind::Color, "CHRED", "BOYLAT14"));
     EXPECT_TRUE(reports(model, Kind::Symbol, "LIGHTS11", "program"));
-    EXPECT_TRUE(reports(model, Kind::ColorTable, "NIGHT", "program"));
+    EXPECT_TRUE(reports(model, Kind::ColorScheme, "NIGHT", "program"));
 }
 
 TEST(S52Model, TheUsersLibraryTakesThePlaceOfTheProgramsOwn)
