@@ -24,7 +24,10 @@ std::vector<TrackLine> trackLines(const TracksModel& tracks)
     std::size_t index = 0;
     for (const auto& point : tracks.objectEnumerator()) {
         if (tracks.isStart(index)) {
-            lines.push_back({.first = index, .color = point->color});
+            TrackLine line;
+            line.first = index;
+            line.color = point->color;
+            lines.push_back(line);
             before = {};
         }
         TrackLine& line = lines.back();
