@@ -54,6 +54,7 @@ void EditHistory::closeStep()
         write(std::exchange(m_recorded, {}), Kind::Recording);
     if (m_open.empty())
         return;
+    ++m_revision;
     writeStateOf(m_open);
     m_done.push_back(std::exchange(m_open, {}));
     m_undone.clear();
@@ -92,6 +93,7 @@ bool EditHistory::undo()
 {
     if (!canUndo())
         return false;
+    ++m_revision;
     Step step = std::move(m_done.back());
     m_done.pop_back();
     for (std::size_t i = step.size(); i > 0; --i)
@@ -105,6 +107,7 @@ bool EditHistory::redo()
 {
     if (!canRedo())
         return false;
+    ++m_revision;
     Step step = std::move(m_undone.back());
     m_undone.pop_back();
     for (const auto& edit : step)

@@ -64,6 +64,8 @@ public:
     bool undo(); ///< false when there is nothing to take back
     bool redo();
     void clear(); ///< forgets all steps; records and journal stay
+    /// Another number after every step, undo and redo: whether a step is still the last one.
+    [[nodiscard]] unsigned long revision() const { return m_revision; }
 
 private:
     using Step = std::vector<std::unique_ptr<Edit>>;
@@ -78,6 +80,7 @@ private:
     std::function<void(const Error&)> m_errorHandler;
     double m_lastSync = 0;
     int m_depth = 0;
+    unsigned long m_revision = 0;
     Step m_open; // the step of the group that lives
     std::vector<Journal::Entry> m_recorded; // within that group
     std::deque<Step> m_done;
