@@ -1,124 +1,131 @@
 #include "app/InstrumentColumn.h"
 
+#include "app/Gauges.h"
 #include "app/Text.h"
 #include "app/Theme.h"
 #include "navigation/ValueFormatters.h"
 
 #include <QPainter>
+#include <QScrollArea>
+#include <QVBoxLayout>
 
 #include <cmath>
 
 namespace kelvox {
 
 namespace {
-struct Figure {
-    QString label;
-    QString value;
-    bool stale = false;
-};
+/// The active waypoint: distance, bearing, cross-track error with the side to steer to, time.
+class WaypointFigures final : public QWidget {
+public:
+    WaypointFigures(Program& program, QWidget* parent)
+        : QWidget(parent)
+        , m_program(program)
+    {
+        connect(&program, &Program::steeringChanged, this, &WaypointFigures::refresh);
+        connect(&program, &Program::unitsChanged, this, &WaypointFigures::refresh);
+        refresh();
+    }
 
-/// Figures and unit apart: "12.3 m" is drawn large and small.
-std::pair<QString, QString> split(const QString& value)
-{
-    qsizetype end = value.size();
-    while (end > 0 && !value[end - 1].isDigit() && value[end - 1] != QLatin1Char('-'))
-        --end;
-    return {value.left(end), value.mid(end).trimmed()};
-}
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        const Theme& theme = Theme::theme();
+        QPainter painter(this);
+        const int margin = theme.px(10);
+        const QRect room = rect().adjusted(margin, theme.px(6), -margin, 0);
+        QFont small = font();
+        small.setPixelSize(theme.px(13));
+        QFont large = font();
+        large.setPixelSize(theme.px(26));
+        large.setWeight(QFont::DemiBold);
+        painter.setFont(small);
+        painter.setPen(theme.colors().accent);
+        painter.drawText(room, Qt::AlignLeft | Qt::AlignTop,
+                         QFontMetrics(small).elidedText(m_name, Qt::ElideRight, room.width()));
+        int y = room.top() + theme.px(22);
+        for (const auto& [label, value] : m_rows) {
+            const QRect row(room.left(), y, room.width(), theme.px(rowHeight));
+            painter.setFont(small);
+            painter.setPen(theme.colors().dim);
+            painter.drawText(row, Qt::AlignLeft | Qt::AlignVCenter, label);
+            painter.setFont(large);
+            painter.setPen(theme.colors().text);
+            painter.drawText(row, Qt::AlignRight | Qt::AlignVCenter, value);
+            y += theme.px(rowHeight);
+        }
+    }
+    [[nodiscard]] QSize sizeHint() const override
+    {
+        return {Theme::theme().px(120),
+                Theme::theme().px(32 + rowHeight * static_cast<int>(m_rows.size()))};
+    }
+
+private:
+    static constexpr int rowHeight = 36;
+
+    void refresh()
+    {
+        const WaypointController& steering = m_program.waypointController();
+        setVisible(steering.hasActiveWaypoint());
+        if (!steering.hasActiveWaypoint())
+            return;
+        const auto shown = [](float value, const auto& formatter) {
+            return isKnown(value) ? QString::fromStdString(formatter.stringForObjectValue(value))
+                                  : QStringLiteral("---");
+        };
+        const bool left = steering.steer() == WaypointController::Steer::Left;
+        const auto arrow = left ? QStringLiteral("◄ ") : QStringLiteral("► ");
+        std::vector<std::pair<QString, QString>> rows{
+            {QStringLiteral("DTW"), shown(steering.activeWaypointDistance(), NSDtwFormatter())},
+            {QStringLiteral("BRG"),
+             shown(steering.activeWaypointBearing(), NSCogFormatter(textCatalog().strings()))},
+            {QStringLiteral("XTE"),
+             arrow + shown(std::abs(steering.activeWaypointCrossTrack()), NSXteFormatter())},
+            {QStringLiteral("TTG"), shown(steering.activeWaypointTimeToGo(), NSEtaFormatter())}};
+        QString name =
+            text("NSToWaypoint", {QString::fromStdString(steering.activeWaypointName())});
+        if (rows == m_rows && name == m_name)
+            return;
+        m_rows = std::move(rows);
+        m_name = std::move(name);
+        updateGeometry();
+        update();
+    }
+
+    Program& m_program;
+    QString m_name;
+    std::vector<std::pair<QString, QString>> m_rows;
+};
 } // namespace
 
 InstrumentColumn::InstrumentColumn(Program& program, QWidget* parent)
     : QFrame(parent)
-    , m_program(program)
 {
     setObjectName(QStringLiteral("instrumentColumn"));
     setAccessibleName(text("NSInstruments"));
-    const auto repaint = [this] { update(); };
-    connect(&program.live(), &LiveData::vesselMoved, this, repaint);
-    connect(&program.live(), &LiveData::instrumentsChanged, this, repaint);
-    connect(&program, &Program::steeringChanged, this, repaint);
-    connect(&program, &Program::unitsChanged, this, repaint);
+    // More gauges than the window is high can be scrolled to.
+    auto* scroll = new QScrollArea(this);
+    scroll->setWidgetResizable(true);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setFrameShape(QFrame::NoFrame);
+    auto* content = new QWidget(scroll);
+    auto* rows = new QVBoxLayout(content);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(0);
+    rows->addWidget(new GaugeStack(program, 1, content));
+    rows->addWidget(new WaypointFigures(program, content));
+    rows->addStretch(1);
+    scroll->setWidget(content);
+    content->setAutoFillBackground(false);
+    auto* whole = new QVBoxLayout(this);
+    whole->setContentsMargins(1, 0, 0, 0);
+    whole->addWidget(scroll);
 }
 
 QSize InstrumentColumn::sizeHint() const
 {
     const int width = Theme::theme().px(188);
     return {width, 2 * width};
-}
-
-void InstrumentColumn::paintEvent(QPaintEvent* event)
-{
-    QFrame::paintEvent(event);
-    using Instrument = InstrumentsController::Instrument;
-    const Theme& theme = Theme::theme();
-    LiveData& live = m_program.live();
-    const GPSController& gps = live.gps();
-    const InstrumentsController& instruments = live.instruments();
-    const bool stale = gps.positionIsStale();
-    const auto known = [](float value, const auto& formatter) {
-        return isKnown(value) ? QString::fromStdString(formatter.stringForObjectValue(value))
-                              : QStringLiteral("---");
-    };
-    std::vector<Figure> figures{
-        {QStringLiteral("SOG"), QString::fromStdString(gps.sog()), stale},
-        {QStringLiteral("COG"), QString::fromStdString(gps.cog()), stale},
-        {QStringLiteral("DPT"), known(instruments.value(Instrument::Depth), NSDptFormatter()),
-         instruments.isStale(Instrument::Depth)},
-        {QString::fromStdString(instruments.windSpeedLabel()),
-         known(instruments.value(Instrument::WindSpeed), NSAwsFormatter()),
-         instruments.isStale(Instrument::WindSpeed)},
-    };
-    const WaypointController& steering = m_program.waypointController();
-    if (steering.hasActiveWaypoint()) {
-        figures.push_back(
-            {text("NSToWaypoint", {QString::fromStdString(steering.activeWaypointName())}), {}});
-        figures.push_back(
-            {QStringLiteral("DTW"), known(steering.activeWaypointDistance(), NSDtwFormatter())});
-        figures.push_back(
-            {QStringLiteral("BRG"),
-             known(steering.activeWaypointBearing(), NSCogFormatter(textCatalog().strings()))});
-        figures.push_back(
-            {QStringLiteral("XTE"),
-             known(std::abs(steering.activeWaypointCrossTrack()), NSXteFormatter())
-                 + (steering.steer() == WaypointController::Steer::Left ? QStringLiteral(" ◄")
-                                                                        : QStringLiteral(" ►"))});
-        figures.push_back(
-            {QStringLiteral("TTG"), known(steering.activeWaypointTimeToGo(), NSEtaFormatter())});
-    }
-
-    QPainter painter(this);
-    const int margin = theme.px(12);
-    int y = theme.px(8);
-    QFont small = font();
-    small.setPixelSize(theme.px(13));
-    QFont large = font();
-    large.setPixelSize(theme.px(40));
-    large.setWeight(QFont::DemiBold);
-    for (const Figure& figure : figures) {
-        painter.setFont(small);
-        painter.setPen(theme.colors().dim);
-        painter.drawText(QRect(margin, y, width() - 2 * margin, theme.px(18)),
-                         Qt::AlignLeft | Qt::AlignVCenter,
-                         figure.label + (figure.stale ? QStringLiteral(" ⌛") : QString()));
-        y += theme.px(16);
-        if (!figure.value.isNull()) {
-            const auto [number, unit] = split(figure.value);
-            const int unitWidth = QFontMetrics(small).horizontalAdvance(unit) + theme.px(4);
-            painter.drawText(QRect(width() - margin - unitWidth, y, unitWidth, theme.px(42)),
-                             Qt::AlignRight | Qt::AlignBottom, unit);
-            painter.setFont(large);
-            painter.setPen(figure.stale ? theme.colors().dim : theme.colors().text);
-            painter.drawText(QRect(margin, y, width() - 2 * margin - unitWidth, theme.px(46)),
-                             Qt::AlignRight | Qt::AlignVCenter,
-                             number.isEmpty() ? QStringLiteral("---") : number);
-            y += theme.px(50);
-        } else {
-            y += theme.px(8);
-        }
-        painter.setPen(theme.colors().border);
-        painter.drawLine(margin, y, width() - margin, y);
-        y += theme.px(6);
-    }
 }
 
 } // namespace kelvox

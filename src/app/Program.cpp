@@ -17,6 +17,7 @@ void setDefaults(FileSettings& settings)
         {"showVesselNames", true}, {"showAISClassB", true},
         {"ais.useGPSPort", true},  {"instruments.useGPSPort", true},
         {"recordTrack", true},     {"trackInterval", 30LL},
+        {"alarmSound", "Siren"},   {"anchorDragDistance", 0.03},
     };
     for (const auto& [key, value] : defaults)
         if (!settings.find(key))
@@ -39,7 +40,10 @@ Program::Program(Places places)
     : m_places(std::move(places))
     , m_pool(std::max(std::thread::hardware_concurrency(), 2U))
     , m_alarms(m_clock, m_places.state / "alarms.json")
-    , m_live((setDefaults(m_settings), m_settings), textCatalog().strings(), m_alarms, m_clock)
+    , m_companions(CompanionBus::userBus())
+    , m_sleepWatch(SleepWatch::machineBus())
+    , m_live({(setDefaults(m_settings), m_settings), textCatalog().strings(), m_alarms, m_clock,
+              m_executor, m_companions})
     , m_history(sharedEditHistory())
     , m_waypoints(WaypointsModel::waypoints())
     , m_routes(RoutesModel::routes())
@@ -66,13 +70,12 @@ Program::Program(Places places)
                            .button = text("NSOK").toStdString()});
     });
     UnitsModel::units().loadSettings(m_settings);
-    m_live.gps().loadSettings();
-    m_live.instruments().loadSettings();
-    m_live.ais().loadSettings();
     m_weather.loadSettings(m_settings);
     m_grib.loadSettings(m_settings);
     loadModels();
     connectModels();
+    connectLive();
+    m_live.start();
     setScheme(static_cast<ColorScheme>(std::clamp(m_settings.integer("colorScheme"), 0LL, 2LL)));
 }
 
@@ -130,11 +133,52 @@ void Program::connectModels()
         m_routeController.plotPosition(gps.position());
         emit steeringChanged();
     });
+}
+
+void Program::connectLive()
+{
     connect(&m_live, &LiveData::trackSample, this, &Program::recordTrack);
     connect(&m_alarms, &AlarmCenter::acknowledged, this, [this](const QString& key) {
         if (key == QLatin1String("NSAnchorAlarm"))
             m_live.gps().anchorAlertClosed();
     });
+    connect(this, &Program::steeringChanged, &m_live,
+            [this] { m_live.setSteering(steeringTarget()); });
+    connect(&m_sleepWatch, &SleepWatch::willSleep, this, [this] {
+        m_waypointController.applicationWillSleep();
+        m_routeController.applicationWillSleep();
+        m_live.applicationWillSleep();
+        save();
+    });
+    connect(&m_sleepWatch, &SleepWatch::hasWoken, this, [this] {
+        m_waypointController.applicationWillWake();
+        m_routeController.applicationWillWake();
+        m_live.applicationWillWake();
+    });
+}
+
+std::optional<SteeringTarget> Program::steeringTarget() const
+{
+    const WaypointPointer& waypoint = m_waypointController.gotoWaypoint();
+    if (!waypoint)
+        return std::nullopt;
+    SteeringTarget target{.name = waypoint->name,
+                          .position = waypoint->positionOnGPS(),
+                          .fromGPS = m_waypointController.isGotoWaypointFromGPS(),
+                          .legStart = m_waypointController.startPositionOnGPS()};
+    const RoutePointer& route = m_routeController.gotoRoute();
+    if (!route)
+        return target;
+    target.routeName = route->name;
+    const WaypointReferencePointer& current = m_routeController.gotoWaypointReference();
+    bool reached = false;
+    for (const WaypointReferencePointer& reference : route->waypointReferences()) {
+        target.routeWaypoints.push_back(reference->waypoint->name);
+        reached = reached || reference == current;
+        if (!reached)
+            target.originName = reference->waypoint->name;
+    }
+    return target;
 }
 
 void Program::recordTrack(const TrackSample& sample)
@@ -151,9 +195,7 @@ void Program::recordTrack(const TrackSample& sample)
 void Program::settingWasChanged(const std::string& key)
 {
     m_saveTimer.start(saveDelay);
-    m_live.gps().loadSettings();
-    m_live.instruments().loadSettings();
-    m_live.ais().loadSettings();
+    m_live.settingChanged(key);
     emit settingChanged(QString::fromStdString(key));
 }
 

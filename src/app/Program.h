@@ -1,8 +1,10 @@
 #pragma once
 
 #include "app/AlarmCenter.h"
+#include "app/CompanionBus.h"
 #include "app/LiveData.h"
 #include "app/MainExecutor.h"
+#include "app/SleepWatch.h"
 #include "app/Theme.h"
 #include "base/FileSettings.h"
 #include "navigation/RouteController.h"
@@ -84,7 +86,9 @@ signals:
 private:
     void loadModels();
     void connectModels();
+    void connectLive();
     void recordTrack(const TrackSample& sample);
+    [[nodiscard]] std::optional<SteeringTarget> steeringTarget() const;
     void settingWasChanged(const std::string& key);
 
     Places m_places;
@@ -94,6 +98,8 @@ private:
     MainExecutor m_executor;
     WorkerPool m_pool;
     AlarmCenter m_alarms;
+    CompanionBus m_companions;
+    SleepWatch m_sleepWatch;
     LiveData m_live;
     EditHistory& m_history;
     WaypointsModel& m_waypoints;
