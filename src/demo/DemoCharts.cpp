@@ -3,7 +3,10 @@
 #include "demo/DemoScene.h"
 #include "s57/ISO8211Wrap.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <cmath>
 
 namespace kelvox {
 
@@ -149,6 +152,41 @@ Result<void> DemoCharts::write(const std::filesystem::path& folder, int size)
     if (!saved->empty())
         return tl::unexpected(saved->front());
     return {};
+}
+
+Result<void> DemoCharts::writeGrid(const std::filesystem::path& folder, int cells)
+{
+    constexpr double side = 4'800; // metres
+    const int columns = static_cast<int>(std::ceil(std::sqrt(cells)));
+    const double west = -side * std::floor(columns / 2.0);
+    for (int i = 0; i < std::clamp(cells, 0, mostCells); ++i) {
+        const double left = west + side * (i % columns);
+        const double bottom = west + side * std::floor(i / columns);
+        DemoChart chart{fmt::format("KV5G{:04}", i + 1),
+                        5,
+                        22'000,
+                        {left, bottom, left + side, bottom + side},
+                        24,
+                        {-50, -20, -10, -5, -2, 0, 4},
+                        400};
+        const auto cell = draw(chart);
+        if (!cell)
+            return tl::unexpected(cell.error());
+        if (auto saved = cell->writer().save(folder); !saved)
+            return saved;
+    }
+    constexpr double overviewSpacing = 400;
+    const double reach = overviewSpacing * std::ceil((side * columns / 2 + side) / overviewSpacing);
+    const auto overview = draw({"KV1G0000",
+                                1,
+                                700'000,
+                                {-reach, -reach, reach, reach},
+                                overviewSpacing,
+                                {-100, -50, -20, -10, 4},
+                                9'000});
+    if (!overview)
+        return tl::unexpected(overview.error());
+    return overview->writer().save(folder);
 }
 
 } // namespace kelvox

@@ -18,6 +18,11 @@ public:
     ///             soundings, to measure speed with: up to 1.3 million vertices and 20,000
     ///             soundings in one chart
     [[nodiscard]] static Result<void> write(const std::filesystem::path& folder, int size = 1);
+
+    static constexpr int mostCells = 9'999;
+    /// Writes so many small cells of one scale, side by side in a square, and an overview of them
+    /// all: a folder as a publisher fills it, to measure a chart library with. No catalogue.
+    [[nodiscard]] static Result<void> writeGrid(const std::filesystem::path& folder, int cells);
 };
 
 } // namespace kelvox
