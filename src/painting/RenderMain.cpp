@@ -4,6 +4,7 @@
 #include "base/Folders.h"
 #include "painting/ChartPainter.h"
 #include "painting/GribPainter.h"
+#include "painting/RasterExport.h"
 #include "presentation/S52Lookup.h"
 #include "s57/S57CellLoader.h"
 
@@ -148,16 +149,18 @@ int render(const Options& options, PictureSize size, const std::optional<Positio
 
     S52Model library({folders::applicationResources(), folders::userData()});
     S52Render presentation(library);
-    presentation.setColorTable(options.palette == "day" ? 1 : options.palette == "dusk" ? 2 : 3);
-    scene.portrayal = presentation.portrayal();
-    if (scene.portrayal->colors.empty())
+    const auto setPalette = [&](const std::string& palette) {
+        presentation.setColorTable(palette == "day" ? 1 : palette == "dusk" ? 2 : 3);
+        scene.portrayal = presentation.portrayal();
+        scene.palette = palette == "day" ? PaletteScheme::Day
+            : palette == "dusk"          ? PaletteScheme::Dusk
+                                         : PaletteScheme::Night;
+        return !scene.portrayal->colors.empty();
+    };
+    if (!setPalette(options.palette))
         return fail("the presentation library has no colours for " + options.palette);
     pool.forEach(scene.cells.size(),
                  [&](std::size_t i) { S52Lookup::setS52Lupts(scene.cells[i]->cell(), library); });
-
-    scene.palette = options.palette == "day" ? PaletteScheme::Day
-        : options.palette == "dusk"          ? PaletteScheme::Dusk
-                                             : PaletteScheme::Night;
 
     Rect bounds;
     for (const auto& geometry : scene.cells)
@@ -175,7 +178,23 @@ int render(const Options& options, PictureSize size, const std::optional<Positio
     frame = ViewFrame::at(middle, options.scale > 0 ? options.scale : frame.view.scale(),
                           options.rotate, size.width, size.height, pixelsPerPoint, dpi);
 
-    QImage picture = ChartPainter(pool).paint(scene, frame);
+    const ChartPainter chartPainter(pool);
+    if (isRaster(options.output)) {
+        SchemePictures pictures;
+        for (const auto& [palette, picture] : {std::pair{"day", &pictures.day},
+                                               {"dusk", &pictures.dusk},
+                                               {"night", &pictures.night}})
+            if (setPalette(palette))
+                *picture = chartPainter.paint(scene, frame);
+        const std::string name = std::filesystem::path(options.output).stem().string();
+        const auto bytes = kapFromPictures(pictures, frame, name, name);
+        if (!bytes)
+            return fail(options.output + ": " + bytes.error().message);
+        if (const auto written = writeFileAtomically(options.output, *bytes); !written)
+            return fail(written.error().message);
+        return problems.empty() ? 0 : 1;
+    }
+    QImage picture = chartPainter.paint(scene, frame);
     if (!options.grib.empty() && !picture.isNull()) {
         QPainter painter(&picture);
         paintGrib(painter, GribController(forecast), frame,
@@ -191,7 +210,9 @@ int main(int argc, char** argv)
 {
     CLI::App app("Draw charts into a PNG", "kelvox-tool render");
     Options options;
-    app.add_option("-o,--output", options.output, "The picture, a PNG")->required();
+    app.add_option("-o,--output", options.output,
+                   "The picture: a PNG, or a raster chart (KAP) in all palettes")
+        ->required();
     app.add_option("--size", options.size, "Width and height in pixels, e.g. 1024x768");
     app.add_option("--center", options.center, "LAT,LON in degrees; fits the charts without");
     app.add_option("--scale", options.scale, "Scale denominator; fits the charts without")
