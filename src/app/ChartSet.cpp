@@ -3,11 +3,14 @@
 #include "presentation/S52Lookup.h"
 
 #include <QGuiApplication>
+#include <QSet>
 
 namespace kelvox {
 
 namespace {
-constexpr int milliecondsBetweenScenes = 150;
+constexpr int millisecondsBetweenScenes = 150;
+constexpr int millisecondsToRescan = 2'000;
+constexpr int mostWatchedFolders = 1'000; ///< systems have few thousand watches for all programs
 
 ChartLibrary::Options optionsFor(const S52Model& symbols, std::shared_mutex& mutex,
                                  std::filesystem::path index)
@@ -39,6 +42,7 @@ ChartSet::ChartSet(Executor& main, const S52Model& symbols, std::filesystem::pat
                         },
                     .scanned =
                         [this](const ScanReport& report) {
+                            watchFolders();
                             emit scanned(static_cast<int>(report.found),
                                          static_cast<int>(report.read),
                                          static_cast<int>(report.removed));
@@ -50,11 +54,16 @@ ChartSet::ChartSet(Executor& main, const S52Model& symbols, std::filesystem::pat
                 })
 {
     m_sceneTimer.setSingleShot(true);
-    m_sceneTimer.setInterval(milliecondsBetweenScenes);
+    m_sceneTimer.setInterval(millisecondsBetweenScenes);
     connect(&m_sceneTimer, &QTimer::timeout, this, [this] {
         if (std::exchange(m_sceneWaits, false))
             shownChanged();
     });
+    m_rescanTimer.setSingleShot(true);
+    m_rescanTimer.setInterval(millisecondsToRescan);
+    connect(&m_rescanTimer, &QTimer::timeout, this, &ChartSet::rescan);
+    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, &m_rescanTimer,
+            qOverload<>(&QTimer::start));
     if (auto* application = qobject_cast<QGuiApplication*>(QGuiApplication::instance()))
         connect(application, &QGuiApplication::applicationStateChanged, this,
                 [this](Qt::ApplicationState state) {
@@ -80,6 +89,29 @@ void ChartSet::open(const std::vector<std::filesystem::path>& places)
         m_library.setPlaces(all);
     else
         m_library.rescan();
+}
+
+void ChartSet::watchFolders()
+{
+    QSet<QString> folders;
+    const auto add = [&](const std::filesystem::path& folder) {
+        if (folders.size() < mostWatchedFolders)
+            folders.insert(QString::fromStdString(folder.string()));
+    };
+    for (const auto& place : places()) {
+        std::error_code ignored;
+        add(std::filesystem::is_directory(place, ignored) ? place : place.parent_path());
+    }
+    for (const auto& chart : charts())
+        add(chart->path.parent_path());
+    const QStringList watched = m_watcher.directories();
+    const QSet<QString> before(watched.begin(), watched.end());
+    const QSet<QString> gone = before - folders;
+    if (!gone.isEmpty())
+        m_watcher.removePaths(gone.values());
+    folders -= before;
+    if (!folders.isEmpty())
+        m_watcher.addPaths(folders.values());
 }
 
 void ChartSet::setPlaces(const std::vector<std::filesystem::path>& places)

@@ -5,6 +5,7 @@
 #include "painting/ChartPainter.h"
 #include "presentation/S52Model.h"
 
+#include <QFileSystemWatcher>
 #include <QObject>
 #include <QTimer>
 
@@ -14,7 +15,8 @@ namespace kelvox {
 
 /// The charts of the window: the library of the user's folders, and what of it is to be drawn now.
 ///
-/// Main thread. Looks for changed files on its own whenever the program comes to the front.
+/// Main thread. Looks for changed files on its own when a folder changes and whenever the program
+/// comes to the front.
 class ChartSet final : public QObject {
     Q_OBJECT
 public:
@@ -68,10 +70,13 @@ signals:
 
 private:
     void shownChanged();
+    void watchFolders();
 
     std::shared_mutex m_symbolsMutex; ///< held exclusively while the choice of symbols changes
     QTimer m_sceneTimer; ///< running while the last change of the scene is fresh
     bool m_sceneWaits = false;
+    QFileSystemWatcher m_watcher;
+    QTimer m_rescanTimer; ///< a copy of many files is one change
     ChartLibrary m_library;
 };
 

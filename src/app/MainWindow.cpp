@@ -495,8 +495,11 @@ void MainWindow::rememberView()
 void MainWindow::open(const std::vector<std::filesystem::path>& paths)
 {
     m_fitWhenLoaded = true;
-    m_charts.open(paths);
-    m_remembersCharts = true;
+    // The user's own charts take the place of the demo's.
+    if (std::exchange(m_remembersCharts, true))
+        m_charts.open(paths);
+    else
+        m_charts.setPlaces(paths);
     rememberCharts();
 }
 
