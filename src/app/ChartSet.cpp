@@ -1,5 +1,6 @@
 #include "app/ChartSet.h"
 
+#include "app/Text.h"
 #include "presentation/S52Lookup.h"
 
 #include <QGuiApplication>
@@ -82,6 +83,11 @@ void ChartSet::open(const std::vector<std::filesystem::path>& places)
         const auto normal = normalPlace(place);
         if (std::find(all.begin(), all.end(), normal) != all.end())
             continue;
+        if (!mayHoldCharts(normal)) {
+            emit failed(QString::fromStdString(normal.string()) + QStringLiteral(": ")
+                        + text("NSNoChart"));
+            continue;
+        }
         all.push_back(normal);
         isNew = true;
     }

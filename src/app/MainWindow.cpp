@@ -496,10 +496,9 @@ void MainWindow::open(const std::vector<std::filesystem::path>& paths)
 {
     m_fitWhenLoaded = true;
     // The user's own charts take the place of the demo's.
-    if (std::exchange(m_remembersCharts, true))
-        m_charts.open(paths);
-    else
-        m_charts.setPlaces(paths);
+    if (!std::exchange(m_remembersCharts, true))
+        m_charts.setPlaces({});
+    m_charts.open(paths);
     rememberCharts();
 }
 

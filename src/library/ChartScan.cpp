@@ -103,6 +103,12 @@ private:
 };
 } // namespace
 
+bool mayHoldCharts(const fs::path& path)
+{
+    std::error_code ignored;
+    return isCatalog(path) || chartKindOf(path) || fs::is_directory(path, ignored);
+}
+
 fs::path normalPlace(const fs::path& path)
 {
     std::error_code ignored;

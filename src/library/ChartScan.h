@@ -53,6 +53,9 @@ private:
     std::map<std::filesystem::path, std::shared_ptr<const ChartRecord>> m_known;
 };
 
+/// Whether a path is a folder, an exchange-set catalogue or, by its name, a chart.
+[[nodiscard]] bool mayHoldCharts(const std::filesystem::path& path);
+
 /// Absolute and without detours, as paths stand in the index.
 [[nodiscard]] std::filesystem::path normalPlace(const std::filesystem::path& path);
 

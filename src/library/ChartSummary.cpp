@@ -115,6 +115,21 @@ void summariseRaster(ChartRecord& record)
     record.coverage.push_back(outline(border, record.scale));
 }
 
+/// Damaged or hostile files tell places that are none.
+void dropNonsense(ChartRecord& record)
+{
+    const auto isPlace = [](Point p) {
+        return std::abs(p.x) <= 540 && std::abs(p.y) <= 90; // false for what is no number
+    };
+    std::erase_if(record.coverage, [&](const std::vector<Point>& ring) {
+        return ring.size() < 3 || !std::all_of(ring.begin(), ring.end(), isPlace);
+    });
+    const Rect& box = record.bounds;
+    if (record.problem.empty()
+        && !(isPlace({box.left, box.bottom}) && isPlace({box.right, box.top})))
+        record.problem = "tells places that are not on the earth";
+}
+
 std::int64_t modifiedOf(const std::filesystem::path& path, std::error_code& error)
 {
     return std::filesystem::last_write_time(path, error).time_since_epoch().count();
@@ -197,6 +212,7 @@ ChartRecord summarise(const std::filesystem::path& path, ChartKind kind, const F
         summariseCell(record);
     else
         summariseRaster(record);
+    dropNonsense(record);
     return record;
 }
 
