@@ -2,12 +2,13 @@
 
 #include "base/File.h"
 
-#include <boost/crc.hpp>
 #include <fmt/format.h>
+#include <zlib.h>
 
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 namespace kelvox {
@@ -32,9 +33,8 @@ std::uint32_t numberAt(std::string_view bytes, std::size_t at)
 
 std::uint32_t checksum(std::string_view bytes)
 {
-    boost::crc_32_type crc;
-    crc.process_bytes(bytes.data(), bytes.size());
-    return crc.checksum();
+    return static_cast<std::uint32_t>(
+        ::crc32_z(0, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
 }
 
 // An entry: '+' or '-', collection, length and bytes of the name; after '+' those of the record.
@@ -131,6 +131,8 @@ Result<std::filesystem::path> keepUnderAnotherName(const std::filesystem::path& 
 Journal::~Journal()
 {
     close();
+    if (m_lock >= 0)
+        ::close(m_lock);
 }
 
 void Journal::close()
@@ -140,6 +142,29 @@ void Journal::close()
     m_file = -1;
 }
 
+bool Journal::lock()
+{
+    if (m_lock >= 0)
+        ::close(m_lock);
+    // Not the journal itself: that one is replaced whenever a save shortens it.
+    const std::string name = m_path.string() + ".lock";
+    m_lock = ::open(name.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    // Where files cannot be locked, e.g. on some network folders, going on beats refusing.
+    return m_lock < 0 || ::flock(m_lock, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
+}
+
+std::size_t Journal::replay(std::string_view bytes)
+{
+    std::size_t at = magic.size();
+    while (const auto payload = frameAt(bytes, at)) {
+        at += frameHead + payload->size();
+        auto rest = *payload;
+        while (auto entry = takeEntry(rest))
+            m_recovered[entry->collection][entry->name] = std::move(entry->record);
+    }
+    return at;
+}
+
 Result<std::optional<std::filesystem::path>> Journal::open(const std::filesystem::path& path)
 {
     close();
@@ -147,19 +172,23 @@ Result<std::optional<std::filesystem::path>> Journal::open(const std::filesystem
     m_recovered.clear();
     std::error_code error;
     std::filesystem::create_directories(path.parent_path(), error);
+    m_inUseElsewhere = !lock();
+    if (m_inUseElsewhere) {
+        const auto bytes = readFile(path, UINT32_MAX);
+        if (bytes && bytes->starts_with(magic))
+            replay(*bytes);
+        return failure(Error::Code::CannotOpen,
+                       path.parent_path().string()
+                           + ": another running copy of the program keeps its waypoints, routes "
+                             "and tracks here");
+    }
     std::optional<std::filesystem::path> kept;
     std::string good(magic);
     if (std::filesystem::exists(path, error)) {
         const auto bytes = readFile(path, UINT32_MAX);
         const bool known = bytes && std::string_view(*bytes).starts_with(magic);
-        std::size_t at = magic.size();
         if (known) {
-            while (const auto payload = frameAt(*bytes, at)) {
-                at += frameHead + payload->size();
-                auto rest = *payload;
-                while (auto entry = takeEntry(rest))
-                    m_recovered[entry->collection][entry->name] = std::move(entry->record);
-            }
+            const std::size_t at = replay(*bytes);
             good = bytes->substr(0, at);
             // A torn last frame is what a kill leaves; whole frames behind damage are not.
             const bool torn = bytes->size() - at < frameHead

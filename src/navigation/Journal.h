@@ -18,7 +18,8 @@ namespace kelvox {
 /// A file of frames. A frame is one edit, perhaps of several collections, and counts whole or not
 /// at all: its length and checksum stand before it. Entries say "this record is now so" or "this
 /// record is gone" by name, so replaying them over a file that holds them already changes nothing.
-/// Main thread; one process at a time.
+/// Main thread. One process at a time: who has the journal open holds a lock on a file beside it,
+/// which the system lets go of however the process ends.
 class Journal {
 public:
     /// Which collection an entry belongs to.
@@ -42,9 +43,14 @@ public:
 
     /// Reads what is there and goes on behind its last whole frame. A file that is not a journal,
     /// or is damaged before its end, is first kept under another name.
+    /// Fails while another copy of the program has it open, see isInUseElsewhere(): its edits so
+    /// far are then recovered, the journal stays closed and nothing is changed on disk.
     /// @return the name under which a damaged file was kept, or nothing
     Result<std::optional<std::filesystem::path>> open(const std::filesystem::path& path);
     [[nodiscard]] bool isOpen() const { return m_file >= 0; }
+    /// Whether open() found the journal in use: the collections' files then belong to the other
+    /// copy of the program, and the models refuse to replace them.
+    [[nodiscard]] bool isInUseElsewhere() const { return m_inUseElsewhere; }
     [[nodiscard]] const Recovered& recovered(Collection collection);
 
     [[nodiscard]] Result<void> append(const std::vector<Entry>& entries, Reach reach);
@@ -56,10 +62,15 @@ public:
 
 private:
     void close();
+    bool lock();
+    /// Fills m_recovered. @return the bytes up to the end of the last whole frame
+    std::size_t replay(std::string_view bytes);
     Result<void> openForAppending();
 
     std::filesystem::path m_path;
     int m_file = -1;
+    int m_lock = -1;
+    bool m_inUseElsewhere = false;
     std::uint64_t m_size = 0;
     std::map<Collection, Recovered> m_recovered;
 };

@@ -51,6 +51,8 @@ public:
                                                   float targetCourse);
 
     /// Angles relative to the bow, degrees. Without boat speed the apparent wind is the true wind.
+    /// The boat's speed is taken from the part abeam and the angle counted from there, on purpose;
+    /// for display the program shows what the instruments send.
     static float trueWindSpeed(float apparentAngle, float apparentSpeed, float boatSpeed);
     static float trueWindAngle(float apparentAngle, float apparentSpeed, float boatSpeed);
 

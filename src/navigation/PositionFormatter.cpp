@@ -15,11 +15,11 @@ namespace {
 constexpr std::string_view degreeSign = "\u00B0";
 
 struct Parts {
-    int degrees;
+    double degrees; ///< whole ones
     double minutes;
 
     explicit Parts(double value)
-        : degrees(static_cast<int>(value))
+        : degrees(std::trunc(value))
         , minutes((value - degrees) * 60)
     {
     }
@@ -117,13 +117,13 @@ std::string NSPositionFormatter::stringForObjectValue(double degrees) const
     std::string text;
     switch (m_units.positionFormatUnits) {
     case UnitsModel::DegreesMinutes: // sixty minutes may show, on purpose
-        text = m_highPrecision ? fmt::format("{:0{}}{}{:06.3f}'{}", parts.degrees, width,
+        text = m_highPrecision ? fmt::format("{:0{}.0f}{}{:06.3f}'{}", parts.degrees, width,
                                              degreeSign, parts.minutes, letter)
-                               : fmt::format("{:0{}}{}{:05.2f}'{}", parts.degrees, width,
+                               : fmt::format("{:0{}.0f}{}{:05.2f}'{}", parts.degrees, width,
                                              degreeSign, parts.minutes, letter);
         break;
     case UnitsModel::LetterFirst:
-        text = fmt::format("{}{:0{}}.{:06.3f}", letter, parts.degrees, width, parts.minutes);
+        text = fmt::format("{}{:0{}.0f}.{:06.3f}", letter, parts.degrees, width, parts.minutes);
         break;
     case UnitsModel::DecimalDegrees:
         text = fmt::format("{:0{}.6f}{}", v, width + 7, letter);
@@ -131,7 +131,7 @@ std::string NSPositionFormatter::stringForObjectValue(double degrees) const
     case UnitsModel::DegreesMinutesSeconds: {
         const double minutes = std::min(std::trunc(parts.minutes), 59.9);
         const double seconds = std::min((parts.minutes - std::trunc(parts.minutes)) * 60, 59.9);
-        text = fmt::format("{:0{}}{}{:02}'{:04.1f}\"{}", parts.degrees, width, degreeSign,
+        text = fmt::format("{:0{}.0f}{}{:02}'{:04.1f}\"{}", parts.degrees, width, degreeSign,
                            static_cast<int>(minutes), seconds, letter);
         break;
     }
@@ -148,9 +148,12 @@ std::string NSPositionFormatter::nmeaFormat(double degrees) const
     if (!std::isfinite(degrees) || degrees == noCoordinate)
         return {};
     // In thousandths of a minute, so that a sentence never says sixty minutes.
-    const auto thousandths = std::llround(std::abs(degrees) * 60'000);
-    return fmt::format("{:0{}}{:06.3f}", thousandths / 60'000, isLatitude() ? 2 : 3,
-                       static_cast<double>(thousandths % 60'000) / 1000);
+    const double thousandths = std::round(std::abs(degrees) * 60'000);
+    const double minutes = std::fmod(thousandths, 60'000);
+    if (!std::isfinite(minutes))
+        return {};
+    return fmt::format("{:0{}.0f}{:06.3f}", (thousandths - minutes) / 60'000, isLatitude() ? 2 : 3,
+                       minutes / 1000);
 }
 
 bool NSPositionFormatter::isPartialStringValid(std::string_view text)

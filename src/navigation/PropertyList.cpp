@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 namespace kelvox {
 
@@ -18,18 +19,66 @@ constexpr std::string_view documentTail = "</dict>\n</plist>\n";
 constexpr int deepest = 16; // levels of dictionaries and arrays
 using Kind = PropertyFields::Kind;
 
-void appendNumber(std::string& text, auto value)
+constexpr std::size_t longestNumber = 32; ///< characters
+constexpr std::size_t longestTags = 64; ///< characters of all tags around one value
+
+// Writing into room that is there: each returns where the next character goes.
+
+char* put(char* out, std::string_view text)
 {
-    std::array<char, 32> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-    text.append(digits.data(), end);
+    std::memcpy(out, text.data(), text.size());
+    return out + text.size();
 }
 
-void appendPadded(char*& out, unsigned value, int width)
+char* putPadded(char* out, unsigned value, int width)
 {
     for (int i = width - 1; i >= 0; --i, value /= 10)
         out[i] = static_cast<char>('0' + value % 10);
-    out += width;
+    return out + width;
+}
+
+char* putNumber(char* out, auto value)
+{
+    return std::to_chars(out, out + longestNumber, value).ptr;
+}
+
+/// Most values are tenths, for which there is a shorter way than the general one.
+char* putReal(char* out, float value)
+{
+    constexpr double mostTenths = 999'999; // six digits always read back the same
+    const double tenths = static_cast<double>(value) * 10;
+    if (!(std::abs(tenths) <= mostTenths))
+        return putNumber(out, std::isfinite(value) ? value : 0.0F);
+    const int whole = static_cast<int>(tenths + (tenths < 0 ? -0.5 : 0.5));
+    if (static_cast<float>(whole / 10.0) != value)
+        return putNumber(out, value);
+    if (whole < 0)
+        *out++ = '-';
+    out = putNumber(out, std::abs(whole) / 10);
+    if (whole % 10 != 0) {
+        *out++ = '.';
+        *out++ = static_cast<char>('0' + std::abs(whole) % 10);
+    }
+    return out;
+}
+
+constexpr std::size_t longestEscape = 5; ///< characters that one character may become
+
+char* putEscaped(char* out, std::string_view value)
+{
+    for (const char c : value) {
+        if (c == '&')
+            out = put(out, "&amp;");
+        else if (c == '<')
+            out = put(out, "&lt;");
+        else if (c == '>')
+            out = put(out, "&gt;");
+        else if (c == '\r')
+            out = put(out, "&#13;");
+        else
+            *out++ = c;
+    }
+    return out;
 }
 
 void appendUtf8(std::string& text, std::uint32_t code)
@@ -158,13 +207,16 @@ public:
     /// After its opening tag; the closing one is taken too.
     bool fields(PropertyFields& fields)
     {
-        fields.clear();
+        std::size_t count = 0;
         while (!accept("</dict>")) {
             PropertyFields::Field field{};
-            if (!key(field.key) || !value(field.kind, field.raw))
+            const auto* last = fields.at(count);
+            if (!(last && sameAgain(*last, field))
+                && !(key(field.key) && value(field.kind, field.raw)))
                 return false;
-            fields.add(field);
+            fields.set(count++, field);
         }
+        fields.truncate(count);
         return true;
     }
 
@@ -189,6 +241,31 @@ private:
             ++m_at;
         raw = {start, static_cast<std::size_t>(m_at - start)};
         return acceptHere(closing);
+    }
+    /// One record is mostly like the last: the same keys with the same kinds of values. Then one
+    /// comparison stands for reading the tags.
+    bool sameAgain(const PropertyFields::Field& last, PropertyFields::Field& field)
+    {
+        constexpr std::string_view keyTag = "<key>";
+        std::string_view closing;
+        if (last.kind == Kind::Number)
+            closing = *(last.raw.data() - 2) == 'l' ? "</real>" : "</integer>";
+        else if (last.kind == Kind::Text && last.raw.data())
+            closing = "</string>";
+        else if (last.kind == Kind::Time)
+            closing = "</date>";
+        else
+            return false;
+        const char* head = last.key.data() - keyTag.size();
+        const char* start = m_at;
+        if (!acceptHere({head, static_cast<std::size_t>(last.raw.data() - head)}))
+            return false;
+        field.key = {start + keyTag.size(), last.key.size()};
+        field.kind = last.kind;
+        if (content(field.raw, closing))
+            return true;
+        m_at = start;
+        return false;
     }
     bool dictionary(std::string_view& raw, int depth)
     {
@@ -277,6 +354,35 @@ std::string viaLibrary(std::string_view bytes)
     return text ? std::string(text.get(), length) : std::string();
 }
 
+/// Digits with or without a point, no more than a double holds whole: their quotient by a power of
+/// ten is then rounded once only, as it must be (Clinger, 1990). False leaves it to the library.
+bool plainNumber(std::string_view text, double& value)
+{
+    constexpr std::array<double, 16> powers{1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                            1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+    const bool negative = text.starts_with('-');
+    text.remove_prefix(negative ? 1 : 0);
+    if (text.empty() || text.size() >= powers.size())
+        return false;
+    std::int64_t digits = 0;
+    std::size_t point = text.size() - 1; // as if it stood behind the last digit
+    bool hasPoint = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '.' && !hasPoint && i > 0) {
+            point = i;
+            hasPoint = true;
+        } else if (text[i] >= '0' && text[i] <= '9') {
+            digits = digits * 10 + (text[i] - '0');
+        } else {
+            return false;
+        }
+    }
+    value = static_cast<double>(digits) / powers[text.size() - 1 - point];
+    if (negative)
+        value = -value;
+    return true;
+}
+
 std::optional<int> digits(std::string_view text, std::size_t from, std::size_t count)
 {
     int value = 0;
@@ -289,71 +395,92 @@ std::optional<int> digits(std::string_view text, std::size_t from, std::size_t c
 }
 } // namespace
 
+char* PropertyWriter::room(std::size_t bytes)
+{
+    constexpr std::size_t least = 1024;
+    if (m_text.size() - m_used < bytes)
+        m_text.resize(std::max({m_text.size() * 2, m_used + bytes, least}));
+    return m_text.data() + m_used;
+}
+
+void PropertyWriter::append(std::string_view text)
+{
+    finish(put(room(text.size()), text));
+}
+
+std::string PropertyWriter::take()
+{
+    m_text.resize(std::exchange(m_used, 0));
+    return std::exchange(m_text, {});
+}
+
 void PropertyWriter::beginDocument()
 {
-    m_text += documentHead;
+    append(documentHead);
 }
 
 void PropertyWriter::endDocument()
 {
-    m_text += documentTail;
+    append(documentTail);
 }
 
-void PropertyWriter::escaped(std::string_view value)
+void PropertyWriter::beginDictionary()
 {
-    if (value.find_first_of("&<>\r") == std::string_view::npos) {
-        m_text += value;
-        return;
-    }
-    for (const char c : value) {
-        if (c == '&')
-            m_text += "&amp;";
-        else if (c == '<')
-            m_text += "&lt;";
-        else if (c == '>')
-            m_text += "&gt;";
-        else if (c == '\r')
-            m_text += "&#13;";
-        else
-            m_text += c;
-    }
+    append("<dict>");
+}
+
+void PropertyWriter::endDictionary()
+{
+    append("</dict>");
+}
+
+void PropertyWriter::newLine()
+{
+    append("\n");
 }
 
 void PropertyWriter::key(std::string_view key)
 {
-    m_text += "<key>";
-    escaped(key);
-    m_text += "</key>";
-}
-
-void PropertyWriter::text(std::string_view key, std::string_view value)
-{
-    this->key(key);
-    m_text += "<string>";
-    escaped(value);
-    m_text += "</string>";
-}
-
-void PropertyWriter::real(std::string_view key, float value)
-{
-    this->key(key);
-    m_text += "<real>";
-    appendNumber(m_text, std::isfinite(value) ? value : 0.0F);
-    m_text += "</real>";
-}
-
-void PropertyWriter::integer(std::string_view key, long long value)
-{
-    this->key(key);
-    m_text += "<integer>";
-    appendNumber(m_text, value);
-    m_text += "</integer>";
+    char* out = room(key.size() * longestEscape + longestTags);
+    out = put(out, "<key>");
+    out = putEscaped(out, key);
+    finish(put(out, "</key>"));
 }
 
 void PropertyWriter::boolean(std::string_view key, bool value)
 {
     this->key(key);
-    m_text += value ? "<true/>" : "<false/>";
+    append(value ? "<true/>" : "<false/>");
+}
+
+void PropertyWriter::text(std::string_view key, std::string_view value)
+{
+    char* out = room(key.size() + value.size() * longestEscape + longestTags);
+    out = put(out, "<key>");
+    out = put(out, key);
+    out = put(out, "</key><string>");
+    out = putEscaped(out, value);
+    finish(put(out, "</string>"));
+}
+
+void PropertyWriter::real(std::string_view key, float value)
+{
+    char* out = room(key.size() + longestNumber + longestTags);
+    out = put(out, "<key>");
+    out = put(out, key);
+    out = put(out, "</key><real>");
+    out = putReal(out, value);
+    finish(put(out, "</real>"));
+}
+
+void PropertyWriter::integer(std::string_view key, long long value)
+{
+    char* out = room(key.size() + longestNumber + longestTags);
+    out = put(out, "<key>");
+    out = put(out, key);
+    out = put(out, "</key><integer>");
+    out = putNumber(out, value);
+    finish(put(out, "</integer>"));
 }
 
 void PropertyWriter::date(std::string_view key, Date value)
@@ -361,32 +488,30 @@ void PropertyWriter::date(std::string_view key, Date value)
     using namespace std::chrono;
     const auto second = floor<seconds>(value);
     const auto day = floor<days>(second);
-    const year_month_day ymd(day);
-    const hh_mm_ss time(second - day);
-    std::array<char, 20> text{};
-    char* out = text.data();
-    appendPadded(out, static_cast<unsigned>(std::clamp(static_cast<int>(ymd.year()), 0, 9999)), 4);
-    *out++ = '-';
-    appendPadded(out, static_cast<unsigned>(ymd.month()), 2);
-    *out++ = '-';
-    appendPadded(out, static_cast<unsigned>(ymd.day()), 2);
-    *out++ = 'T';
-    appendPadded(out, static_cast<unsigned>(time.hours().count()), 2);
+    if (day != m_day || m_dayText[0] == '\0') {
+        m_day = day;
+        const year_month_day ymd(day);
+        char* out = m_dayText.data();
+        out = putPadded(
+            out, static_cast<unsigned>(std::clamp(static_cast<int>(ymd.year()), 0, 9999)), 4);
+        *out++ = '-';
+        out = putPadded(out, static_cast<unsigned>(ymd.month()), 2);
+        *out++ = '-';
+        out = putPadded(out, static_cast<unsigned>(ymd.day()), 2);
+        *out = 'T';
+    }
+    const auto ofDay = static_cast<unsigned>((second - day).count());
+    char* out = room(key.size() + longestNumber + longestTags);
+    out = put(out, "<key>");
+    out = put(out, key);
+    out = put(out, "</key><date>");
+    out = put(out, {m_dayText.data(), m_dayText.size()});
+    out = putPadded(out, ofDay / 3600, 2);
     *out++ = ':';
-    appendPadded(out, static_cast<unsigned>(time.minutes().count()), 2);
+    out = putPadded(out, ofDay / 60 % 60, 2);
     *out++ = ':';
-    appendPadded(out, static_cast<unsigned>(time.seconds().count()), 2);
-    *out++ = 'Z';
-    this->key(key);
-    m_text += "<date>";
-    m_text.append(text.data(), text.size());
-    m_text += "</date>";
-}
-
-void PropertyFields::clear()
-{
-    m_fields.clear();
-    m_next = 0;
+    out = putPadded(out, ofDay % 60, 2);
+    finish(put(out, "Z</date>"));
 }
 
 const PropertyFields::Field* PropertyFields::find(std::string_view key) const
@@ -415,6 +540,8 @@ std::optional<double> PropertyFields::number(std::string_view key) const
     double value = 0;
     if (!field || field->kind != Kind::Number)
         return std::nullopt;
+    if (plainNumber(field->raw, value))
+        return value;
     const auto raw = trimmed(field->raw);
     const auto [end, error] = std::from_chars(raw.data(), raw.data() + raw.size(), value);
     if (error != std::errc{} || end != raw.data() + raw.size() || !std::isfinite(value))

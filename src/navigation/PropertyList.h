@@ -2,6 +2,8 @@
 
 #include "base/Result.h"
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -23,26 +25,32 @@ using Date = std::chrono::system_clock::time_point;
 /// cleanText().
 class PropertyWriter {
 public:
-    void reserve(std::size_t bytes) { m_text.reserve(bytes); }
+    void reserve(std::size_t bytes) { (void)room(bytes); }
     void beginDocument();
     void endDocument();
-    void beginDictionary() { m_text += "<dict>"; }
-    void endDictionary() { m_text += "</dict>"; }
-    void newLine() { m_text += '\n'; }
+    void beginDictionary();
+    void endDictionary();
+    void newLine();
 
-    void key(std::string_view key);
+    void key(std::string_view key); ///< any text; its value follows
+    void boolean(std::string_view key, bool value); ///< any text for a key
+    // Keys of our own, which need no escaping.
     void text(std::string_view key, std::string_view value);
     void real(std::string_view key, float value); ///< shortest text that reads back the same
     void integer(std::string_view key, long long value);
-    void boolean(std::string_view key, bool value);
     void date(std::string_view key, Date value);
 
-    [[nodiscard]] const std::string& text() const { return m_text; }
-    [[nodiscard]] std::string take() { return std::move(m_text); }
+    [[nodiscard]] std::string take();
 
 private:
-    void escaped(std::string_view value);
-    std::string m_text;
+    [[nodiscard]] char* room(std::size_t bytes);
+    void finish(const char* end) { m_used = static_cast<std::size_t>(end - m_text.data()); }
+    void append(std::string_view text);
+
+    std::string m_text; ///< grown ahead of what is written
+    std::size_t m_used = 0;
+    std::chrono::sys_days m_day; ///< of the last date; a track has few of them
+    std::array<char, 11> m_dayText{};
 };
 
 /// The entries of one dictionary, as views into the text they were read from.
@@ -51,7 +59,7 @@ public:
     enum class Kind { Text, Number, Boolean, Time, Dictionary, Other };
     struct Field {
         std::string_view key; ///< as written, escapes and all
-        Kind kind;
+        Kind kind{};
         std::string_view raw;
     };
 
@@ -63,8 +71,21 @@ public:
     /// The keys of a dictionary inside this one.
     [[nodiscard]] std::vector<std::string> keysOf(std::string_view key) const;
 
-    void clear();
-    void add(const Field& field) { m_fields.push_back(field); }
+    // For the reader, which overwrites the fields of one record by those of the next.
+    [[nodiscard]] const Field* at(std::size_t place) const
+    {
+        return place < m_fields.size() ? &m_fields[place] : nullptr;
+    }
+    void set(std::size_t place, const Field& field)
+    {
+        m_fields.resize(std::max(m_fields.size(), place + 1));
+        m_fields[place] = field;
+    }
+    void truncate(std::size_t count)
+    {
+        m_fields.resize(count);
+        m_next = 0;
+    }
 
 private:
     [[nodiscard]] const Field* find(std::string_view key) const;

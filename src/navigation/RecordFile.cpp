@@ -50,9 +50,8 @@ Result<void> PendingSave::write() const
     std::filesystem::create_directories(folder, ignored);
     if (::access(folder.c_str(), W_OK) != 0)
         return failure(Error::Code::CannotOpen, folder.string() + ": the folder is not writable");
-    if (!mayReplace)
-        return failure(Error::Code::CannotOpen,
-                       file.string() + ": holds data that could not be read; not replaced");
+    if (!refusal.empty())
+        return failure(Error::Code::CannotOpen, file.string() + ": " + refusal);
     keepBackup(file);
     return writeFileAtomically(file, bytes);
 }

@@ -26,7 +26,7 @@ struct PendingSave {
     std::string bytes;
     std::uint64_t journalPosition = 0; ///< where the journal stood at that moment
     std::uint64_t revision = 0;
-    bool mayReplace = true; ///< false refuses: the file holds what could not be read nor kept
+    std::string refusal; ///< why the file must not be replaced; empty where it may
 
     /// Keeps the state before as a backup, then replaces the file in one step, down to the disk.
     [[nodiscard]] Result<void> write() const;

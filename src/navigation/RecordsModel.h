@@ -166,7 +166,7 @@ public:
                 .bytes = writer.take(),
                 .journalPosition = m_history.journal().position(),
                 .revision = m_revision,
-                .mayReplace = m_mayReplaceFile || file != m_file};
+                .refusal = m_file.empty() || file == m_file ? refusal() : std::string()};
     }
     Result<void> finishSave(const PendingSave& saved)
     {
@@ -426,11 +426,21 @@ private:
             separateNames();
     }
 
+    /// Why the model's own file must stay as it is; empty when it may be replaced.
+    [[nodiscard]] std::string refusal() const
+    {
+        if (m_history.journal().isInUseElsewhere())
+            return "another running copy of the program has it open; not replaced";
+        return m_mayReplaceFile ? "" : "holds data that could not be read; not replaced";
+    }
+
     void setAside(LoadReport& report, Error error)
     {
         error.message = m_file.string() + ": " + error.message;
         std::error_code ignored;
-        if (auto kept = keepUnderAnotherName(m_file)) {
+        if (m_history.journal().isInUseElsewhere())
+            m_mayReplaceFile = false; // not ours to move
+        else if (auto kept = keepUnderAnotherName(m_file)) {
             report.keptAs = *kept;
             std::filesystem::remove(m_file, ignored);
         } else {

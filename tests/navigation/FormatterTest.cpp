@@ -33,6 +33,9 @@ TEST(PositionFormatter, WritesEveryFormat)
         {0, 0, 9.9999999, "09\u00B060.000'N"}, // sixty minutes may show
         {7, 0, 12, ""},
         {0, 0, noCoordinate, ""},
+        {0, 1, 4e9, "4000000000\u00B000.000'E"}, // nowhere, but no number is too large
+        {3, 0, -4e9, "4000000000\u00B000'00.0\"S"},
+        {0, 0, std::nan(""), ""},
     };
     UnitsModel units;
     for (const auto& row : rows) {
@@ -49,6 +52,8 @@ TEST(PositionFormatter, WritesEveryFormat)
     EXPECT_EQ(latitude.nmeaFormat(-59.205750), "5912.345");
     EXPECT_EQ(latitude.nmeaFormat(48.99999999), "4900.000");
     EXPECT_EQ(NSPositionFormatter(1, englishStrings(), units).nmeaFormat(1.5), "00130.000");
+    EXPECT_EQ(latitude.nmeaFormat(4e15), "400000000000000000.000");
+    EXPECT_EQ(latitude.nmeaFormat(1e308), "");
 }
 
 TEST(PositionFormatter, ReadsBackWhatItShowsAllOverTheGlobe)

@@ -223,13 +223,15 @@ TEST(Journal, ShowsAWholeNumberOfEditsWhereverItEnds)
     std::size_t state = 0;
     for (std::size_t length = 0; length <= whole.size(); ++length) {
         fill(folder.path() / "edits.journal", whole.substr(0, length));
-        Scene scene(folder.path());
-        const auto now = scene.dump();
-        while (state + 1 < states.size() && now != states[state])
-            ++state;
-        ASSERT_EQ(now, states[state]) << "cut at " << length;
-        ASSERT_FALSE(scene.journalKept);
-        scene.waypoint("later"); // goes behind the last whole frame
+        {
+            Scene scene(folder.path());
+            const auto now = scene.dump();
+            while (state + 1 < states.size() && now != states[state])
+                ++state;
+            ASSERT_EQ(now, states[state]) << "cut at " << length;
+            ASSERT_FALSE(scene.journalKept);
+            scene.waypoint("later"); // goes behind the last whole frame
+        }
         ASSERT_NE(Scene(folder.path()).dump().find("later"), std::string::npos) << length;
     }
     EXPECT_EQ(state, states.size() - 1);
@@ -241,6 +243,40 @@ TEST(Journal, ShowsAWholeNumberOfEditsWhereverItEnds)
     Scene scene(folder.path());
     ASSERT_TRUE(scene.journalKept);
     EXPECT_EQ(contents(*scene.journalKept), damaged);
+}
+
+TEST(Journal, ASecondCopyOfTheProgramSeesAllAndChangesNothing)
+{
+    const TemporaryFolder folder;
+    auto first = std::make_unique<Scene>(folder.path());
+    first->waypoint("saved");
+    ASSERT_TRUE(first->save());
+    first->waypoint("edited");
+    const auto journal = contents(folder.path() / "edits.journal");
+    const auto file = contents(folder.path() / "waypoints.plist");
+
+    Scene second;
+    const auto opened = second.history.openJournal(folder.path() / "edits.journal");
+    ASSERT_FALSE(opened);
+    EXPECT_TRUE(second.history.journal().isInUseElsewhere());
+    second.waypoints.load(folder.path() / "waypoints.plist");
+    EXPECT_EQ(second.dump(), first->dump());
+    second.waypoint("lost");
+    const auto saved = second.waypoints.save(folder.path() / "waypoints.plist");
+    ASSERT_FALSE(saved);
+    EXPECT_NE(saved.error().message.find("another running copy"), std::string::npos);
+    EXPECT_TRUE(second.waypoints.save(folder.path() / "copy.plist")) << "elsewhere is fine";
+    EXPECT_EQ(contents(folder.path() / "edits.journal"), journal);
+    EXPECT_EQ(contents(folder.path() / "waypoints.plist"), file);
+
+    // What the first copy cannot read is not the second one's to move away.
+    fill(folder.path() / "waypoints.plist", "garbage");
+    EXPECT_TRUE(second.waypoints.load(folder.path() / "waypoints.plist").keptAs.empty());
+    EXPECT_EQ(contents(folder.path() / "waypoints.plist"), "garbage");
+
+    first.reset();
+    EXPECT_TRUE(second.history.openJournal(folder.path() / "edits.journal"));
+    EXPECT_FALSE(second.history.journal().isInUseElsewhere());
 }
 
 /// One random edit. Records are chosen by name order, which loading does not change.
@@ -325,7 +361,7 @@ TEST(Persistence, SurvivesThousandsOfKillsAtAnyInstant)
     std::mt19937 random(20260704);
     unsigned edits = 0;
     unsigned midway = 0;
-    auto survivor = std::make_unique<Scene>(folder.path());
+    auto survivor = std::make_unique<Scene>();
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
     constexpr int kills = 150; // starting a program costs them a hundred times as much
 #else
