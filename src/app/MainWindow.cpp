@@ -2,6 +2,7 @@
 
 #include "app/FurnitureLayer.h"
 #include "app/InstrumentColumn.h"
+#include "app/SettingsDialog.h"
 #include "app/Text.h"
 #include "app/VesselLayer.h"
 #include "app/panels/Panels.h"
@@ -143,7 +144,9 @@ MainWindow::MainWindow(Program& program)
           &Program::steeringChanged, &Program::weatherChanged})
         connect(&program, signal, m_chart, qOverload<>(&QWidget::update));
     connect(&program, &Program::schemeChanged, this, &MainWindow::restyle);
+    connect(&program, &Program::settingChanged, this, &MainWindow::settingChanged);
     connect(&program, &Program::unitsChanged, this, [this] {
+        updateScene();
         updateStatus();
         updateCursor();
         m_chart->update();
@@ -219,8 +222,30 @@ void MainWindow::buildCommands()
         setWindowState(on ? windowState() | Qt::WindowFullScreen
                           : windowState() & ~Qt::WindowFullScreen);
     });
+    c.add("program.settings", file, QKeySequence(Qt::CTRL | Qt::Key_Comma),
+          [this] { showSettings({}); });
+    c.add("help.keys", "NSMenuHelp", QKeySequence::HelpContents,
+          [this] { showSettings("NSSettings.Keys"); });
     c.add("vessel.manOverboard", "NSMenuVessel", QKeySequence(Qt::CTRL | Qt::Key_Space),
           [this] { manOverboard(); });
+}
+
+void MainWindow::showSettings(const std::string& group)
+{
+    if (!m_settingsDialog)
+        m_settingsDialog = new SettingsDialog(m_program, m_commands, this);
+    if (!group.empty())
+        m_settingsDialog->showGroup(group);
+    m_settingsDialog->show();
+    m_settingsDialog->raise();
+    m_settingsDialog->activateWindow();
+}
+
+void MainWindow::settingChanged(const QString& key)
+{
+    if (key.startsWith(QLatin1String("show")) || key == QLatin1String("largeText"))
+        updateScene();
+    m_chart->update();
 }
 
 void MainWindow::buildTopBar()
@@ -656,6 +681,12 @@ void MainWindow::closeCharts()
 
 void MainWindow::updateScene()
 {
+    const Settings& settings = m_program.settings();
+    m_scene.settings.loadSettings(settings);
+    m_scene.settings.showAtAllScales = settings.boolean("showAtAllScales");
+    m_scene.settings.largeText = settings.boolean("largeText");
+    m_scene.settings.depthUnit = UnitsModel::units().waterDepthUnits;
+    m_scene.settings.heightsInMetres = UnitsModel::units().heightsInMetres();
     m_chart->setScene(std::make_shared<const ChartScene>(m_scene));
     updateStatus();
 }

@@ -19,6 +19,7 @@
 namespace kelvox {
 
 class InstrumentColumn;
+class SettingsDialog;
 class VesselLayer;
 
 /// A chart window: the chart edge to edge, a slim bar above, a rail at the left, instruments at the
@@ -66,6 +67,9 @@ private:
     void restyle();
     void placeOverlays();
     void showMenu(const ChartPointer& pointer);
+    /// @param group by its text key; empty for the one shown last
+    void showSettings(const std::string& group);
+    void settingChanged(const QString& key);
     void restoreView();
     void rememberView();
 
@@ -113,6 +117,7 @@ private:
     QLabel* m_cardTitle;
     QWidget* m_cardContent = nullptr;
 
+    SettingsDialog* m_settingsDialog = nullptr;
     ChartScene m_scene;
     bool m_fitWhenLoaded = false;
     bool m_remembersCharts = false; ///< not while the demo charts are shown

@@ -1,5 +1,6 @@
 #include "app/Program.h"
 
+#include "app/SettingsCatalog.h"
 #include "app/Text.h"
 #include "base/Folders.h"
 
@@ -8,20 +9,17 @@
 namespace kelvox {
 
 namespace {
-/// Settings that the modules read before the user has ever chosen.
-void setDefaults(FileSettings& settings)
+FileSettings::Values standardSettings()
 {
-    const std::pair<const char*, Settings::Value> defaults[] = {
-        {"audio", true},           {"visual", true},
-        {"showUnderway", true},    {"showStationary", true},
-        {"showVesselNames", true}, {"showAISClassB", true},
-        {"ais.useGPSPort", true},  {"instruments.useGPSPort", true},
-        {"recordTrack", true},     {"trackInterval", 30LL},
-        {"alarmSound", "Siren"},   {"anchorDragDistance", 0.03},
-    };
-    for (const auto& [key, value] : defaults)
-        if (!settings.find(key))
-            settings.set(key, value);
+    FileSettings::Values values;
+    for (auto& [key, value] : SettingsCatalog::catalog().standards())
+        values.emplace(key, std::move(value));
+    return values;
+}
+
+ColorScheme schemeOf(const Settings& settings)
+{
+    return static_cast<ColorScheme>(std::clamp(settings.integer("colorScheme"), 0LL, 2LL));
 }
 
 constexpr auto saveDelay = std::chrono::milliseconds(500);
@@ -42,8 +40,8 @@ Program::Program(Places places)
     , m_alarms(m_clock, m_places.state / "alarms.json")
     , m_companions(CompanionBus::userBus())
     , m_sleepWatch(SleepWatch::machineBus())
-    , m_live({(setDefaults(m_settings), m_settings), textCatalog().strings(), m_alarms, m_clock,
-              m_executor, m_companions})
+    , m_live({(m_settings.setStandards(standardSettings()), m_settings), textCatalog().strings(),
+              m_alarms, m_clock, m_executor, m_companions})
     , m_history(sharedEditHistory())
     , m_waypoints(WaypointsModel::waypoints())
     , m_routes(RoutesModel::routes())
@@ -58,7 +56,6 @@ Program::Program(Places places)
 {
     if (const auto read = m_settings.load(m_places.configuration / "settings.json"); !read)
         m_startMessages << QString::fromStdString(read.error().message);
-    setDefaults(m_settings);
     m_settings.setChangeHandler(
         [this](std::string_view key) { settingWasChanged(std::string(key)); });
     m_saveTimer.setSingleShot(true);
@@ -76,7 +73,7 @@ Program::Program(Places places)
     connectModels();
     connectLive();
     m_live.start();
-    setScheme(static_cast<ColorScheme>(std::clamp(m_settings.integer("colorScheme"), 0LL, 2LL)));
+    setScheme(schemeOf(m_settings));
 }
 
 Program::~Program()
@@ -196,6 +193,19 @@ void Program::settingWasChanged(const std::string& key)
 {
     m_saveTimer.start(saveDelay);
     m_live.settingChanged(key);
+    if (key.ends_with("Units")) {
+        UnitsModel::units().loadSettings(m_settings);
+        emit unitsChanged();
+    } else if (key.starts_with("grib")) {
+        m_weather.loadSettings(m_settings);
+        emit weatherChanged();
+    } else if (key == "interfaceScale" || key == "dimming") {
+        applyTheme();
+    } else if (key == "colorScheme") {
+        const auto scheme = schemeOf(m_settings);
+        if (scheme != m_scheme)
+            setScheme(scheme);
+    }
     emit settingChanged(QString::fromStdString(key));
 }
 
@@ -216,8 +226,6 @@ void Program::applyTheme()
 
 void Program::save()
 {
-    m_weather.saveSettings(m_settings);
-    m_grib.saveSettings(m_settings);
     const auto saved = [this](const Result<void>& result) {
         if (!result)
             m_alarms.show({.key = "NSCannotSaveEdits",

@@ -38,8 +38,7 @@ public:
     }
     Group& words(std::string key, std::string standard = {})
     {
-        return add(
-            {.key = std::move(key), .kind = Kind::Text, .standard = std::move(standard)});
+        return add({.key = std::move(key), .kind = Kind::Text, .standard = std::move(standard)});
     }
     Group& file(std::string key)
     {
@@ -123,8 +122,7 @@ void addDisplay(std::vector<Item>& items)
     Group(items, "NSSettings.Display")
         .choice("colorScheme", {"NSDay", "NSDusk", "NSNight"})
         .number("dimming", 1, 0.2, 1, 2)
-        .choice("interfaceScale",
-                {{1.0, "1"}, {1.5, "1.5"}, {2.0, "2"}, {3.0, "3"}}, 1.0)
+        .choice("interfaceScale", {{1.0, "1"}, {1.5, "1.5"}, {2.0, "2"}, {3.0, "3"}}, 1.0)
         .choice("language",
                 {{std::string(), "NSLanguageOfSystem"},
                  {std::string("en"), "English"},
@@ -146,8 +144,7 @@ void addUnits(std::vector<Item>& items)
                 {"NSUnitMilesAndFeet", "NSUnitMilesAndMetres", "NSUnitNauticalMiles",
                  "NSUnitKilometres", "NSUnitStatuteMiles"})
         .choice("waterDepthUnits", {"NSUnitFeet", "NSUnitMetres", "NSUnitFathoms"})
-        .choice("boatSpeedUnits",
-                {"NSUnitKnots", "NSUnitMilesPerHour", "NSUnitKilometresPerHour"})
+        .choice("boatSpeedUnits", {"NSUnitKnots", "NSUnitMilesPerHour", "NSUnitKilometresPerHour"})
         .choice("windSpeedUnits",
                 {"NSUnitKnots", "NSUnitMilesPerHour", "NSUnitKilometresPerHour",
                  "NSUnitMetresPerSecond"})
