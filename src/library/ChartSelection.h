@@ -15,7 +15,7 @@ struct ChartArea {
 /// What one selection may hold.
 struct SelectionLimits {
     std::size_t charts = 120;
-    std::uint64_t fileBytes = std::uint64_t{150} << 20; ///< of the base files together
+    std::uint64_t fileBytes = std::uint64_t{96} << 20; ///< of the base files together
 };
 
 enum class ChartChoice { Cells, Rasters, Both };

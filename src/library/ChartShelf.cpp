@@ -8,7 +8,7 @@ namespace kelvox {
 
 namespace {
 /// Memory of a loaded cell for each byte of its file, measured over published cells.
-constexpr std::size_t memoryPerFileByte = 6;
+constexpr std::size_t memoryPerFileByte = 4;
 /// Decoded tiles of one raster chart.
 constexpr std::size_t tileBudget = std::size_t{12} << 20;
 } // namespace

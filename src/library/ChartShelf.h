@@ -32,7 +32,7 @@ struct LoadedChart {
 class ChartShelf {
 public:
     struct Options {
-        std::size_t budget = std::size_t{512} << 20; ///< bytes kept beyond what is wanted now
+        std::size_t budget = std::size_t{384} << 20; ///< bytes; what is wanted now may exceed it
         unsigned threads = 1;
         /// Run on a loading thread for each cell before anybody else sees it.
         std::function<void(const CellGeometry&)> prepare;
