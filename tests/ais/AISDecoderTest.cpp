@@ -195,24 +195,5 @@ TEST(AISDecoder, OwnVesselIsHiddenOnceAndItsMovementPosted)
     EXPECT_TRUE(target.show());
 }
 
-TEST(AISDecoder, WhichStreamsAreTaken)
-{
-    AISBench bench;
-    const auto taken = [&bench] {
-        std::string commands;
-        for (const std::string command : {"VDM", "RMC", "TTM", "TLL", "RSD"}) {
-            const auto line = "$GP" + command + ",1*00\r\n";
-            commands += bench.controller.takesFromGPS(line) ? "G" : "-";
-            commands += bench.controller.takesFromInstruments(line) ? "I " : "- ";
-        }
-        return commands;
-    };
-    EXPECT_EQ(taken(), "-- -- G- G- G- ");
-    for (const char* key : {"ais.useGPSPort", "ais.useInstrumentsPort"})
-        bench.settings.set(key, true);
-    bench.controller.loadSettings();
-    EXPECT_EQ(taken(), "GI -- GI GI GI ");
-}
-
 } // namespace
 } // namespace kelvox

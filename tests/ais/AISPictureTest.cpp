@@ -123,28 +123,6 @@ TEST(AISPicture, TrueOutlineLiesAboutTheAntenna)
     EXPECT_NEAR(scene.symbol().outline.bounds().top, 10, 1e-3);
 }
 
-TEST(AISPicture, EveryKindHasItsShape)
-{
-    Scene scene;
-    scene.vessel(5, 0, 0, AISClass::B).setName("B");
-    scene.vessel(5, 0, 0).setOwn(true);
-    scene.vessel(5, 0, unknown).setRadarTarget(true);
-    scene.vessel(unknown, unknown, unknown).setCursor(true);
-    scene.vessel(5, 0, unknown).setGps(true);
-    scene.drawn();
-    std::vector<Shape> shapes;
-    for (const auto& symbol : scene.picture.symbols())
-        shapes.push_back(symbol.shape);
-    const std::vector expected{Shape::ClassB, Shape::Own, Shape::Radar, Shape::Cursor,
-                               Shape::Receiver};
-    EXPECT_EQ(shapes, expected);
-    EXPECT_EQ(scene.picture.symbols()[0].label, "B");
-    EXPECT_EQ(scene.picture.symbols()[1].outline.subPathCount(), 2U);
-    scene.model.find(3)->setSog(unknown);
-    scene.drawn();
-    EXPECT_TRUE(scene.picture.symbols()[2].courseVector.isEmpty());
-}
-
 TEST(AISPicture, ATimedOutTargetIsCrossedOutAndGoesNowhere)
 {
     Scene scene;

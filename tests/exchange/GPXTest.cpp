@@ -1,6 +1,8 @@
 #include "ExchangeScene.h"
+#include "GpxRules.h"
 
 #include "exchange/ExchangeDate.h"
+#include "exchange/ExchangeFile.h"
 #include "exchange/GPXExport.h"
 #include "navigation/WaypointIcons.h"
 
@@ -255,6 +257,60 @@ TEST(GPXExport, RandomRecordsComeBackTheSame)
         char text[32];
         std::snprintf(text, sizeof text, "lat=\"%f\"", static_cast<double>(was.latitude));
         EXPECT_NE(scene.written("w.gpx").find(text), std::string::npos) << text;
+    }
+}
+
+TEST(GPXExport, KeepsTheRulesOfTheFormat)
+{
+    ExchangeScene scene;
+    scene.waypoint("A & <B>", {-180, -90});
+    scene.waypoints.edit(scene.waypoints.at(0), [](Waypoint& it) { it.description = "d"; });
+    scene.waypoint("C", {179.9999, 90});
+    scene.route("R", "C C");
+    for (const int second : {0, 1, 5000, 5001}) { // two lines
+        Track point = trackPoint(second, {0, 0});
+        point.cog = 359.96F;
+        point.sog = 0.04F;
+        scene.tracks.add(point, std::chrono::seconds(1));
+    }
+    Track undated;
+    undated.setPositionOnGPS({1, 1});
+    scene.tracks.add(undated, std::chrono::seconds(1));
+    scene.waypoints.setMatch(std::nullopt);
+    const auto path = scene.path("x.gpx");
+    // Course and speed stand beside the other values, as the receivers' own programs write them,
+    // and not among extensions: on purpose.
+    GpxRules rules({"course", "speed"});
+    ASSERT_TRUE(GPXExport().exportWaypoints(path, scene.waypoints));
+    EXPECT_EQ(rules.faultsOf(scene.written("x.gpx")), "");
+    ASSERT_TRUE(GPXExport().exportRoute(path, *scene.routes.at(0)));
+    EXPECT_EQ(rules.faultsOf(scene.written("x.gpx")), "");
+    ASSERT_TRUE(GPXExport().exportTracks(path, scene.tracks));
+    EXPECT_EQ(rules.faultsOf(scene.written("x.gpx")), "");
+    ExchangeRecords all;
+    all.waypoints = {*scene.waypoints.at(0)};
+    all.routes.push_back({"R", {*scene.waypoints.at(1)}});
+    all.tracks = {trackPoint(0), trackPoint(9000)};
+    ASSERT_TRUE(writeExchangeFile(path, {}, all));
+    EXPECT_EQ(rules.faultsOf(scene.written("x.gpx")), "");
+
+    // The rules do find what breaks them.
+    EXPECT_NE(rules.faultsOf(gpx("")), "") << "neither namespace nor creator";
+    const std::string good = scene.written("x.gpx");
+    const std::pair<const char*, const char*> breaks[] = {
+        {"<name>A &amp; &lt;B&gt;</name>\n<desc>d</desc>", "<desc>d</desc><name>A</name>"},
+        {"lat=\"-90.000000\" ", ""},
+        {"lon=\"-180.000000\"", "lon=\"180\""},
+        {"<rte>", "<trk></trk><rte>"},
+        {"<trkseg>", "<trkseg><name>x</name>"},
+        {"T00:00:00Z", " 00:00:00"},
+        {"version=\"1.1\"", "version=\"1.0\""}};
+    for (const auto& [from, to] : breaks) {
+        std::string broken = good;
+        const auto at = broken.find(from);
+        ASSERT_NE(at, std::string::npos) << from;
+        broken.replace(at, std::string_view(from).size(), to);
+        EXPECT_NE(rules.faultsOf(broken), "") << to;
     }
 }
 

@@ -1,4 +1,5 @@
 #include "ExchangeScene.h"
+#include "ZipText.h"
 
 #include "base/Strings.h"
 #include "exchange/CSVExport.h"
@@ -102,40 +103,97 @@ TEST(KMLImport, ReadsPointsLinesAndColours)
     EXPECT_EQ(target.finish().waypoints.created, 4U);
 }
 
-TEST(KMLImport, UnpacksWhateverTheFileIsCalledAndLeavesNothing)
-{
-    ExchangeScene scene;
-    ::setenv("TMPDIR", scene.path("").c_str(), 1);
-    // Made by Python's zipfile module: ../evil.kml, /tmp-like names and doc.kml.
-    const auto script = scene.path("make.py");
-    ASSERT_TRUE(writeFileAtomically(
-        script,
-        "import sys,zipfile\nz=zipfile.ZipFile(sys.argv[1],'w')\n"
-        "z.writestr('../evil.kml','x')\nz.writestr('../../evil.kml','x')\n"
-        "z.writestr('doc.kml','<kml><Placemark><name>In</name><Point><coordinates>1,2"
-        "</coordinates></Point></Placemark></kml>')\n"));
-    const std::filesystem::path folder = scene.path("in");
-    std::filesystem::create_directory(folder);
-    for (const char* name : {"plain.kmz", "a\"b '$HOME;`x` [z]*.KMZ", "-d.kmz"}) {
-        const auto file = folder / name;
-        const auto made = scene.path("made.kmz");
-        if (std::system(("python3 " + script.string() + " " + made.string()).c_str()) != 0)
-            GTEST_SKIP() << "needs python3 to make the file";
-        std::filesystem::rename(made, file);
-        ExchangeRecords records;
-        const auto read = KMLImport({}, Lines::AsTracks).import(file, records);
-        ASSERT_TRUE(read) << name << read.error().message;
-        ASSERT_EQ(records.waypoints.size(), 1U) << name;
+const std::string oneWaypoint = "<kml><Placemark><name>In</name><Point><coordinates>1,2"
+                                "</coordinates></Point></Placemark></kml>";
+
+/// A folder with room around it for what climbs out, and temporary files beside it.
+struct KmzScene : TemporaryFolder {
+    KmzScene()
+    {
+        std::filesystem::create_directories(path() / "a/tmp/b");
+        ::setenv("TMPDIR", (path() / "a/tmp/b").c_str(), 1);
     }
-    ExchangeRecords none;
-    ASSERT_TRUE(writeFileAtomically(scene.path("bad.kmz"), "no archive"));
-    EXPECT_FALSE(KMLImport({}, Lines::AsTracks).import(scene.path("bad.kmz"), none));
-    std::string left;
-    for (const auto& entry : std::filesystem::directory_iterator(scene.path("")))
-        left += entry.path().filename().string() + " ";
-    EXPECT_EQ(left.find("evil"), std::string::npos) << left;
-    EXPECT_EQ(left.find("kelvox-kmz"), std::string::npos) << left;
-    ::unsetenv("TMPDIR");
+    KmzScene(const KmzScene&) = delete;
+    KmzScene& operator=(const KmzScene&) = delete;
+    ~KmzScene() { ::unsetenv("TMPDIR"); }
+
+    /// Imports bytes as an archive of that name. @return the names of the waypoints
+    [[nodiscard]] std::string import(const std::string& bytes, const std::string& name = "x.kmz")
+    {
+        EXPECT_TRUE(writeFileAtomically(path() / name, bytes));
+        ExchangeRecords records;
+        (void)KMLImport({}, Lines::AsTracks).import(path() / name, records);
+        std::filesystem::remove(path() / name);
+        std::string names;
+        for (const auto& waypoint : records.waypoints)
+            names += waypoint.name + " ";
+        return names;
+    }
+    /// Everything there is, the folder's own content aside.
+    [[nodiscard]] std::string left() const
+    {
+        std::string names;
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(path()))
+            if (!entry.is_directory() || entry.path().filename().string().starts_with("kelvox"))
+                names += entry.path().string() + " ";
+        return names;
+    }
+};
+
+TEST(KMLImport, UnpacksWhateverTheFileIsCalled)
+{
+    KmzScene scene;
+    const auto archive = zipText({{"doc.kml", oneWaypoint}});
+    for (const char* name : {"plain.kmz", "a\"b '$HOME;`x` [z]*.KMZ", "-d.kmz"})
+        EXPECT_EQ(scene.import(archive, name), "In ") << name;
+    EXPECT_EQ(scene.import("no archive"), "");
+    EXPECT_EQ(scene.left(), "");
+}
+
+TEST(KMLImport, ArchivesThatClimbOutWriteNothingOutside)
+{
+    KmzScene scene;
+    const auto secret = (scene.path() / "secret.kml").string();
+    const struct {
+        const char* why;
+        std::vector<ZipMember> members;
+        const char* read;
+    } rows[] = {
+        {"upwards",
+         {{"../evil.kml", "x"}, {"../../evil.kml", "x"}, {"doc.kml", oneWaypoint}},
+         "In "},
+        {"upwards by the right name", {{"../doc.kml", oneWaypoint}}, ""},
+        {"absolute", {{scene.path().string() + "/evil.kml", "x"}, {"doc.kml", oneWaypoint}}, "In "},
+        {"through a link", {{"d", "../../..", true}, {"d/evil.kml", "x"}}, ""},
+        {"the document is a link", {{"doc.kml", secret, true}}, ""},
+        {"a link, then through it", {{"doc.kml", secret, true}, {"doc.kml", oneWaypoint}}, nullptr},
+        {"a folder of that name", {{"doc.kml/", ""}, {"doc.kml/x", oneWaypoint}}, ""},
+    };
+    for (const auto& row : rows) {
+        ASSERT_TRUE(writeFileAtomically(secret, "<kml/>"));
+        const auto read = scene.import(zipText(row.members));
+        if (row.read)
+            EXPECT_EQ(read, row.read) << row.why;
+        EXPECT_EQ(readFile(secret).value_or(""), "<kml/>") << row.why;
+        std::filesystem::remove(secret);
+        EXPECT_EQ(scene.left(), "") << row.why;
+    }
+}
+
+TEST(KMLImport, DamagedArchivesLeaveNothing)
+{
+    KmzScene scene;
+    const auto whole = zipText({{"../../evil.kml", "x"}, {"doc.kml", oneWaypoint}});
+    std::mt19937 random(31);
+    for (int i = 0; i < 60; ++i) {
+        std::string damaged = whole;
+        for (unsigned k = 0; k <= random() % 4; ++k)
+            damaged[random() % damaged.size()] = static_cast<char>(random());
+        if (i % 5 == 0)
+            damaged.resize(random() % damaged.size());
+        (void)scene.import(damaged);
+        ASSERT_EQ(scene.left(), "") << i;
+    }
 }
 
 TEST(CSV, WritesAndReadsBackInEachFormat)
