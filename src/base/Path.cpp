@@ -39,6 +39,14 @@ void Path::lineTo(Point p)
     m_points.push_back(p);
 }
 
+void Path::appendRing(std::span<const Point> ring)
+{
+    if (ring.size() < 3)
+        return;
+    moveTo(ring.front());
+    m_points.insert(m_points.end(), ring.begin() + 1, ring.end());
+}
+
 void Path::clear()
 {
     m_points.clear();

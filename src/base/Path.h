@@ -20,6 +20,8 @@ public:
     void moveTo(Point p);
     /// Continues the sub-path; on an empty path it begins one.
     void lineTo(Point p);
+    /// Adds the points as a sub-path of its own; fewer than three are none.
+    void appendRing(std::span<const Point> ring);
     void clear();
     void reserve(std::size_t points) { m_points.reserve(points); }
 

@@ -1,5 +1,6 @@
 #include "painting/ChartPainter.h"
 
+#include "basemap/BaseMapRender.h"
 #include "painting/PainterCanvas.h"
 #include "presentation/DisplayList.h"
 #include "raster/RasterRenderer.h"
@@ -86,9 +87,13 @@ Plan planOf(const ChartScene& scene, const ViewFrame& frame)
     return plan;
 }
 
-/// The raster charts in a band of rows that is empty so far.
-void drawRasters(const ChartScene& scene, const ViewFrame& frame, int top, const ArgbImage& band)
+/// The raster charts over what a band of rows shows so far.
+void drawRasters(const ChartScene& scene, const ViewFrame& frame, int top,
+                 std::span<std::uint32_t> rows, std::size_t stride)
 {
+    // They are drawn where a picture is still empty, so they get one of their own.
+    std::vector<std::uint32_t> pixels(rows.size(), 0);
+    const ArgbImage band{pixels, frame.width, static_cast<int>(rows.size() / stride), stride};
     std::vector<const BSBChart*> charts;
     for (const auto& chart : scene.rasters)
         charts.push_back(chart.get());
@@ -98,6 +103,9 @@ void drawRasters(const ChartScene& scene, const ViewFrame& frame, int top, const
             return frame.positionOf({pixel.x, pixel.y + top});
         },
         scene.palette, band);
+    std::ranges::transform(
+        pixels, rows, rows.begin(),
+        [](std::uint32_t above, std::uint32_t below) { return above != 0 ? above : below; });
 }
 
 /// What one thread drew of one portion.
@@ -143,9 +151,16 @@ QImage ChartPainter::paint(const ChartScene& scene, const ViewFrame& frame,
     const Plan plan = planOf(scene, frame);
     const S57ObjectRender render(frame, *scene.portrayal, scene.settings);
     std::vector<Drawn> drawn(plan.works.size(), Drawn(frame.pixelsPerPoint));
-    m_pool.forEach(plan.works.size(), [&](std::size_t i) {
+    DisplayList baseMap(frame.pixelsPerPoint);
+    m_pool.forEach(plan.works.size() + 1, [&](std::size_t i) {
         if (cancelled)
             return;
+        if (i == plan.works.size()) {
+            if (scene.baseMap)
+                drawBaseMap(*scene.baseMap, frame, BaseMapColors::from(scene.portrayal->colors),
+                            baseMap);
+            return;
+        }
         const Work& work = plan.works[i];
         render.drawFeatures({.geometry = *work.geometry,
                              .features = work.features,
@@ -174,15 +189,11 @@ QImage ChartPainter::paint(const ChartScene& scene, const ViewFrame& frame,
         const int bottom = (static_cast<int>(i) + 1) * frame.height / bands;
         std::uint32_t* rows = pixels + static_cast<std::ptrdiff_t>(top) * stride;
         std::uint32_t* const end = rows + static_cast<std::ptrdiff_t>(bottom - top) * stride;
-        if (scene.rasters.empty()) {
-            std::fill(rows, end, background);
-        } else {
-            std::fill(rows, end, 0);
-            drawRasters(scene, frame, top,
-                        {{rows, end}, frame.width, bottom - top, static_cast<std::size_t>(stride)});
-            std::replace(rows, end, 0U, background);
-        }
+        std::fill(rows, end, background);
         PainterCanvas canvas({rows, frame.width, bottom - top, stride}, top, *figures);
+        baseMap.replay(canvas, top, bottom);
+        if (!scene.rasters.empty())
+            drawRasters(scene, frame, top, {rows, end}, static_cast<std::size_t>(stride));
         for (const Drawn& part : drawn) {
             if (cancelled)
                 return;

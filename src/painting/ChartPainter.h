@@ -1,5 +1,6 @@
 #pragma once
 
+#include "basemap/BaseMap.h"
 #include "chartview/ViewFrame.h"
 #include "painting/FigureImages.h"
 #include "painting/WorkerPool.h"
@@ -18,6 +19,8 @@ namespace kelvox {
 
 /// What there is to draw: an unchanging snapshot that workers share.
 struct ChartScene {
+    /// Lies beneath all charts; none when null.
+    std::shared_ptr<const BaseMap> baseMap;
     /// The best for the view first; drawn from the last to the first, so the first lies on top.
     std::vector<std::shared_ptr<const CellGeometry>> cells;
     /// Raster charts, best first; they lie beneath the cells.

@@ -28,6 +28,7 @@ struct Options {
     std::string palette = "day";
     double dpi = S57Controller::maximumDpi;
     bool noUpdates = false;
+    bool noBaseMap = false;
     std::string grib;
     std::vector<std::string> paths;
 };
@@ -139,7 +140,14 @@ int render(const Options& options, PictureSize size, const std::optional<Positio
     scene.rasters = loadRasters(options, problems);
     for (const auto& problem : problems)
         fail(problem.message);
-    if (scene.cells.empty() && scene.rasters.empty())
+    if (!options.noBaseMap) {
+        // Charts are drawn without it; but nothing else was asked for when none is named.
+        if (auto map = BaseMap::load())
+            scene.baseMap = std::make_shared<const BaseMap>(*std::move(map));
+        else if (options.paths.empty())
+            return fail(map.error().message);
+    }
+    if (scene.cells.empty() && scene.rasters.empty() && !(options.paths.empty() && scene.baseMap))
         return problems.empty() ? fail("no charts in what was named") : 1;
     const UnitsModel units;
     GribModel forecast(units);
@@ -167,8 +175,10 @@ int render(const Options& options, PictureSize size, const std::optional<Positio
         bounds.include(geometry->cell().bounds());
     for (const auto& chart : scene.rasters)
         bounds.include(chart->extents());
-    if (bounds.isEmpty())
+    if (bounds.isEmpty() && !options.paths.empty())
         return fail("nothing to show in " + options.paths.front());
+    if (bounds.isEmpty())
+        bounds = {-180, -75, 180, 80}; // the world
     // View points count at most 66 to the inch; a finer output has several pixels for each.
     const auto dpi =
         static_cast<unsigned>(std::min<double>(options.dpi, S57Controller::maximumDpi));
@@ -224,8 +234,9 @@ int main(int argc, char** argv)
     app.add_option("--dpi", options.dpi, "Pixels per inch of the picture")
         ->check(CLI::Range(10.0, 1200.0));
     app.add_flag("--no-updates", options.noUpdates, "Leave the update files beside a cell");
+    app.add_flag("--no-basemap", options.noBaseMap, "Leave the coasts of the world away");
     app.add_option("--grib", options.grib, "A weather file to draw over the charts");
-    app.add_option("paths", options.paths, "Cells, catalogues, KAP files or folders")->required();
+    app.add_option("paths", options.paths, "Cells, catalogues, KAP files or folders");
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

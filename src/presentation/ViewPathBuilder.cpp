@@ -1,62 +1,12 @@
 #include "presentation/ViewPathBuilder.h"
 
+#include "chartview/Clipping.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 
 namespace kelvox {
-
-namespace {
-struct HalfPlane {
-    bool alongX;
-    double limit;
-    bool keepAbove;
-
-    [[nodiscard]] bool keeps(Point p) const
-    {
-        const double value = alongX ? p.x : p.y;
-        return keepAbove ? value >= limit : value <= limit;
-    }
-    [[nodiscard]] Point crossing(Point a, Point b) const
-    {
-        const double t = alongX ? (limit - a.x) / (b.x - a.x) : (limit - a.y) / (b.y - a.y);
-        return alongX ? Point{limit, a.y + t * (b.y - a.y)} : Point{a.x + t * (b.x - a.x), limit};
-    }
-};
-
-std::array<HalfPlane, 4> sidesOf(const Rect& clip)
-{
-    return {HalfPlane{true, clip.left, true}, HalfPlane{true, clip.right, false},
-            HalfPlane{false, clip.bottom, true}, HalfPlane{false, clip.top, false}};
-}
-
-/// The part of the segment inside the box; false when there is none (Liang and Barsky, 1984).
-bool clipSegment(const Rect& clip, Point& a, Point& b)
-{
-    double enter = 0;
-    double leave = 1;
-    const Point d = b - a;
-    const auto cut = [&](double step, double room) {
-        if (step == 0)
-            return room >= 0;
-        const double t = room / step;
-        if (step < 0)
-            enter = std::max(enter, t);
-        else
-            leave = std::min(leave, t);
-        return enter <= leave;
-    };
-    if (!cut(-d.x, a.x - clip.left) || !cut(d.x, clip.right - a.x) || !cut(-d.y, a.y - clip.bottom)
-        || !cut(d.y, clip.top - a.y))
-        return false;
-    const Point start = a;
-    if (leave < 1)
-        b = start + d * leave;
-    if (enter > 0)
-        a = start + d * enter;
-    return true;
-}
-} // namespace
 
 ViewPathBuilder::ViewPathBuilder(const ViewFrame& frame, double longitudeShift, double reach)
     : m_toPixels(frame.toPixels())
@@ -98,25 +48,8 @@ void ViewPathBuilder::appendUse(const CellGeometry& geometry, const CellGeometry
 void ViewPathBuilder::flushRing()
 {
     if (m_clipping)
-        for (const HalfPlane& side : sidesOf(m_clip)) {
-            // Sutherland and Hodgman (1974): the pieces stay joined along the clip's border,
-            // outside the picture.
-            m_scratch.clear();
-            for (std::size_t i = 0; i < m_points.size(); ++i) {
-                const Point a = m_points[i == 0 ? m_points.size() - 1 : i - 1];
-                const Point b = m_points[i];
-                if (side.keeps(a) != side.keeps(b))
-                    m_scratch.push_back(side.crossing(a, b));
-                if (side.keeps(b))
-                    m_scratch.push_back(b);
-            }
-            m_points.swap(m_scratch);
-        }
-    if (m_points.size() > 2) {
-        m_path.moveTo(m_points.front());
-        for (const Point p : std::span(m_points).subspan(1))
-            m_path.lineTo(p);
-    }
+        clipRing(m_clip, m_points, m_scratch);
+    m_path.appendRing(m_points);
     m_points.clear();
 }
 
