@@ -239,9 +239,13 @@ int main(int argc, char** argv)
         return 1;
     }
     scene.settings.showAtAllScales = true;
-    const auto path = folder.path() / (std::string(DemoCharts::updatedChart) + ".000");
-    const auto geometry =
-        std::make_shared<const CellGeometry>(S57CellLoader::load(path)->cell);
+    std::vector<Error> problems;
+    std::shared_ptr<const CellGeometry> geometry;
+    for (const auto& path : S57CellLoader::findCells({folder.path()}, problems)) {
+        auto each = std::make_shared<const CellGeometry>(S57CellLoader::load(path)->cell);
+        if (!geometry || each->vertexCount() > geometry->vertexCount())
+            geometry = std::move(each);
+    }
     S52Lookup::setS52Lupts(geometry->cell(), library);
     scene.cells.push_back(geometry);
     const ViewFrame frame =
