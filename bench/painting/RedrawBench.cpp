@@ -139,10 +139,16 @@ class Spans final : public Canvas {
 public:
     void fillArea(const Path& rings, DisplayColor color) override
     {
+        const Rect box = rings.bounds();
+        const auto row = [](double y) {
+            return static_cast<std::size_t>(std::clamp(y, 0.0, static_cast<double>(height)));
+        };
+        const std::size_t begin = row(box.bottom) * width;
+        const std::size_t stop = row(box.top + 1) * width;
         std::vector<std::uint32_t> mask(static_cast<std::size_t>(width) * height);
         AreaFiller().fill({mask.data(), width, height, width}, rings, {255, 255, 255, 255}, 0);
         const auto value = toQColor(color).rgb();
-        for (std::size_t i = 0; i < mask.size();) {
+        for (std::size_t i = begin; i < stop;) {
             const std::size_t rowEnd = (i / width + 1) * width;
             std::size_t end = i;
             while (end < rowEnd && mask[end] != 0)

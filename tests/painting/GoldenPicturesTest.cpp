@@ -88,6 +88,8 @@ TEST_F(GoldenPictures, TheDemoChartsLookAsTheyDid)
     });
     const bool renew = qEnvironmentVariableIsSet("KELVOX_RENEW_GOLDEN");
     const QDir golden(QStringLiteral(KELVOX_GOLDEN_DIR));
+    if (renew)
+        golden.mkpath(QStringLiteral("."));
     const ChartPainter painter(pool);
     const Position harbour{.longitude = -27.4, .latitude = 47.6};
     const View views[] = {{"harbour", harbour, 8'000},

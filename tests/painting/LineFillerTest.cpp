@@ -49,7 +49,7 @@ TEST(LineFiller, PaintsWhatLiesWithinHalfAPenOfTheLine)
 {
     for (unsigned seed = 0; seed < 60; ++seed) {
         const Path path = wanderingLine(seed);
-        const double pen = 1 + seed % 4;
+        const double pen = 1.5 + seed % 4;
         const auto pixels = stroked(path, pen);
         const Point first = path.points().front();
         const Point last = path.points().back();
@@ -74,6 +74,48 @@ TEST(LineFiller, PaintsWhatLiesWithinHalfAPenOfTheLine)
     }
 }
 
+TEST(LineFiller, AHairlineHasNoGapsAndNoBlots)
+{
+    for (unsigned seed = 0; seed < 60; ++seed) {
+        const Path path = wanderingLine(seed);
+        const auto pixels = stroked(path, 1);
+        double painted = 0;
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x) {
+                const auto value = static_cast<double>(pixels[y * width + x] & 0xFFU) / 255;
+                const Point middle{x + 0.5, y + 0.5};
+                painted += value;
+                if (value > 0.02) {
+                    ASSERT_LT(path.distanceTo(middle), 1.2) << "line " << seed;
+                }
+            }
+        double length = 0;
+        double inside = 0;
+        for (std::size_t k = 1; k < path.pointCount(); ++k) {
+            const Point a = path.points()[k - 1];
+            const Point step = path.points()[k] - a;
+            length += std::hypot(step.x, step.y);
+            for (double t = 0.125; t < 1; t += 0.125) {
+                const Point p = a + step * t;
+                if (!Rect{2, 2, width - 2.0, height - 2.0}.contains(p))
+                    continue;
+                inside += std::hypot(step.x, step.y) / 7;
+                // The line passes here: the pixels around it show it.
+                int most = 0;
+                for (int dy = -1; dy <= 1; ++dy)
+                    for (int dx = -1; dx <= 1; ++dx)
+                        most = std::max(most,
+                                        static_cast<int>(pixels[(static_cast<int>(p.y) + dy) * width
+                                                                + static_cast<int>(p.x) + dx]
+                                                         & 0xFFU));
+                ASSERT_GT(most, 100) << "line " << seed;
+            }
+        }
+        EXPECT_GT(painted, 0.6 * inside - 3) << "line " << seed;
+        EXPECT_LT(painted, 1.1 * length + 3) << "line " << seed;
+    }
+}
+
 TEST(LineFiller, EndsSquareAndDrawsEachPixelOnce)
 {
     Path path;
@@ -93,6 +135,7 @@ TEST(LineFiller, BandsJoinWithoutATrace)
     for (unsigned seed = 0; seed < 20; ++seed) {
         const Path path = wanderingLine(seed);
         EXPECT_EQ(stroked(path, 2.4, white, 7), stroked(path, 2.4, white, 1));
+        EXPECT_EQ(stroked(path, 1, white, 7), stroked(path, 1, white, 1));
     }
 }
 

@@ -114,6 +114,7 @@ TEST(S52Model, TellsWhichNamesTheProgramAndTheLibraryDoNotShare)
 
 TEST(S52Model, TellsInSentencesWhatWillNotBeDrawn)
 {
+    using Kind = S52UnknownName::Kind;
     const LoadedModel model(
         lookUp({"COLOUR3", "NOSUCH1"}, "CS(LIGHTS06);ZZ(BOYLAT14);SY(NOSUCH01)")
         + module({field("LUPT", "LU00008NILNOCLASP00008OLINES"), field("ATTC", ""),
