@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
+#include <vector>
 
 namespace kelvox {
 
@@ -32,6 +34,101 @@ struct Segment {
     Divide to;
     bool opens = false;
     bool closes = false;
+};
+
+Point direction(Point a, Point b)
+{
+    const Point step = b - a;
+    return step * (1 / std::hypot(step.x, step.y));
+}
+
+/// Where two segments divide the pixels of their corner: at the bisector, or square to the second
+/// where the line turns back on itself.
+Point divideOf(Point before, Point after)
+{
+    const Point middle = before + after;
+    return std::hypot(middle.x, middle.y) < 1e-3 ? after : middle;
+}
+
+/// The segment that ends at a point of a line without points on top of each other.
+Segment segmentOf(std::span<const Point> line, std::size_t end, Point origin)
+{
+    Segment s;
+    s.a = line[end - 1] - origin;
+    s.b = line[end] - origin;
+    s.along = direction(s.a, s.b);
+    s.length = static_cast<float>(std::hypot(s.b.x - s.a.x, s.b.y - s.a.y));
+    s.opens = end == 1;
+    s.closes = end + 1 == line.size();
+    s.from = through(
+        s.a, s.opens ? s.along : divideOf(direction(line[end - 2], line[end - 1]), s.along));
+    s.to = through(
+        s.b,
+        (s.closes ? s.along : divideOf(s.along, direction(line[end], line[end + 1]))) * -1);
+    return s;
+}
+
+/// A line of one pixel: in each column (or row, of a steep one) whose middle it crosses, two pixels
+/// share it. Each column belongs to one segment of a line, so that corners are not drawn twice.
+class Hairline {
+public:
+    Hairline(const PixelBuffer& buffer, DisplayColor color)
+        : m_buffer(buffer)
+        , m_source(premultiplied(color))
+    {
+    }
+
+    void draw(Point a, Point b) const
+    {
+        const bool isSteep = std::abs(b.y - a.y) > std::abs(b.x - a.x);
+        // From here on u runs along the line's greater extent and v across it.
+        const double u0 = isSteep ? a.y : a.x;
+        const double v0 = isSteep ? a.x : a.y;
+        const double u1 = isSteep ? b.y : b.x;
+        const double v1 = isSteep ? b.x : b.y;
+        if (u0 == u1)
+            return;
+        const int uLimit = isSteep ? m_buffer.height : m_buffer.width;
+        const int vLimit = isSteep ? m_buffer.width : m_buffer.height;
+        const double slope = (v1 - v0) / (u1 - u0);
+        const auto middleAt = [](double u, int limit) {
+            return static_cast<int>(std::clamp(std::ceil(u - 0.5), 0.0, static_cast<double>(limit)));
+        };
+        int from = middleAt(std::min(u0, u1), uLimit);
+        int to = middleAt(std::max(u0, u1), uLimit);
+        // Only where one of the two pixels lies in the buffer.
+        if (slope != 0) {
+            const double enters = u0 + ((slope > 0 ? -0.5 : vLimit + 0.5) - v0) / slope;
+            const double leaves = u0 + ((slope > 0 ? vLimit + 0.5 : -0.5) - v0) / slope;
+            from = std::max(from, middleAt(enters, uLimit));
+            to = std::min(to, middleAt(leaves, uLimit));
+        }
+        if (from >= to)
+            return;
+        // Counted from the segment's own start, in whole numbers, so that bands agree.
+        constexpr double one = 0x1p32;
+        const double start = std::ceil(std::min(u0, u1) - 0.5);
+        const auto step = static_cast<std::int64_t>(std::llround(slope * one));
+        auto v = static_cast<std::int64_t>(
+                     std::llround((v0 + (start + 0.5 - u0) * slope - 0.5) * one))
+            + step * (from - static_cast<std::int64_t>(start));
+        const std::ptrdiff_t along = isSteep ? m_buffer.stride : 1;
+        const std::ptrdiff_t across = isSteep ? 1 : m_buffer.stride;
+        std::uint32_t* at = m_buffer.pixels + from * along;
+        for (int u = from; u < to; ++u, at += along, v += step) {
+            const auto first = static_cast<std::ptrdiff_t>(v >> 32);
+            const auto second = static_cast<unsigned>(v >> 24 & 0xFF);
+            std::uint32_t* pixel = at + first * across;
+            if (first >= 0 && first < vLimit)
+                *pixel = over(*pixel, m_source, 256U - second);
+            if (second != 0 && first >= -1 && first + 1 < vLimit)
+                pixel[across] = over(pixel[across], m_source, second);
+        }
+    }
+
+private:
+    PixelBuffer m_buffer;
+    std::uint32_t m_source;
 };
 
 class Pen {
@@ -115,43 +212,34 @@ private:
 void LineFiller::stroke(const PixelBuffer& buffer, const Path& lines, double width,
                         DisplayColor color, int top)
 {
+    const double reach = std::max(width, 1.0) / 2 + 0.5;
+    const double low = top - reach;
+    const double high = top + buffer.height + reach;
+    const Point origin{0, static_cast<double>(top)};
+    const auto isInRows = [&](Point a, Point b) {
+        return std::max(a.y, b.y) >= low && std::min(a.y, b.y) <= high;
+    };
+    if (width <= 1) {
+        const Hairline hairline(buffer, color);
+        for (std::size_t i = 0; i < lines.subPathCount(); ++i) {
+            const auto line = lines.subPath(i);
+            for (std::size_t k = 1; k < line.size(); ++k)
+                if (isInRows(line[k - 1], line[k]))
+                    hairline.draw(line[k - 1] - origin, line[k] - origin);
+        }
+        return;
+    }
     const Pen pen(buffer, width, color);
+    std::vector<Point> points;
     for (std::size_t i = 0; i < lines.subPathCount(); ++i) {
-        const auto line = lines.subPath(i);
-        Segment now;
-        bool begun = false;
-        Point last = line.front() - Point{0, static_cast<double>(top)};
-        for (const Point next : line.subspan(1)) {
-            const Point b = next - Point{0, static_cast<double>(top)};
-            const double length = std::hypot(b.x - last.x, b.y - last.y);
-            if (length < 1e-3)
-                continue;
-            Segment following;
-            following.a = last;
-            following.b = b;
-            following.along = (b - last) * (1 / length);
-            following.length = static_cast<float>(length);
-            if (begun) {
-                // The bisector; where the line turns back on itself, square to it.
-                Point middle = now.along + following.along;
-                if (std::hypot(middle.x, middle.y) < 1e-3)
-                    middle = following.along;
-                following.from = through(last, middle);
-                now.to = through(last, middle * -1);
-                pen.draw(now);
-            } else {
-                following.opens = true;
-                following.from = through(last, following.along);
-            }
-            now = following;
-            begun = true;
-            last = b;
-        }
-        if (begun) {
-            now.closes = true;
-            now.to = through(now.b, now.along * -1);
-            pen.draw(now);
-        }
+        // Points on top of each other have no direction.
+        points.clear();
+        for (const Point p : lines.subPath(i))
+            if (points.empty() || std::hypot(p.x - points.back().x, p.y - points.back().y) > 1e-3)
+                points.push_back(p);
+        for (std::size_t k = 1; k < points.size(); ++k)
+            if (isInRows(points[k - 1], points[k]))
+                pen.draw(segmentOf(points, k, origin));
     }
 }
 

@@ -2,6 +2,7 @@
 // there waits for a graphics library to load.
 
 #include "base/Folders.h"
+#include "base/Settings.h"
 #include "painting/ChartPainter.h"
 #include "painting/GribPainter.h"
 #include "painting/RasterExport.h"
@@ -30,6 +31,7 @@ struct Options {
     bool noUpdates = false;
     bool noBaseMap = false;
     std::string grib;
+    std::vector<std::string> set; ///< key=value
     std::vector<std::string> paths;
 };
 
@@ -131,7 +133,27 @@ std::vector<std::shared_ptr<const CellGeometry>> loadCells(const Options& option
     return cells;
 }
 
-int render(const Options& options, PictureSize size, const std::optional<Position>& center)
+/// What was set on the command line; nothing when a key is not known.
+std::optional<PortrayalSettings> parseSettings(const std::vector<std::string>& assignments)
+{
+    MemorySettings settings;
+    for (const std::string& text : assignments) {
+        const auto equals = text.find('=');
+        const std::string key = text.substr(0, equals);
+        if (equals == std::string::npos
+            || !std::ranges::count(PortrayalSettings::keys, key, &PortrayalSettings::Key::name)) {
+            fail(text + " sets nothing; it can be one of");
+            for (const auto& known : PortrayalSettings::keys)
+                std::fprintf(stderr, "  %s: %s\n", std::string(known.name).c_str(),
+                             std::string(known.meaning).c_str());
+            return std::nullopt;
+        }
+        settings.set(key, text.substr(equals + 1));
+    }
+    return PortrayalSettings::fromSettings(settings);
+}
+
+int render(const Options& options, const PortrayalSettings& settings, PictureSize size, const std::optional<Position>& center)
 {
     WorkerPool pool(std::max(std::thread::hardware_concurrency(), 2U) - 1);
     std::vector<Error> problems;
@@ -157,8 +179,13 @@ int render(const Options& options, PictureSize size, const std::optional<Positio
 
     S52Model library({folders::applicationResources(), folders::userData()});
     S52Render presentation(library);
+    for (const auto& sentence : library.report().sentences())
+        std::fprintf(stderr, "kelvox-tool: %s\n", sentence.c_str());
+    library.setSymbols(settings.symbolizedBoundaries, !settings.simplifiedSymbols);
+    scene.settings = settings.render;
     const auto setPalette = [&](const std::string& palette) {
-        presentation.setColorTable(palette == "day" ? 1 : palette == "dusk" ? 2 : 3);
+        const int table = palette == "dusk" ? 2 : palette == "night" ? 3 : 1;
+        presentation.setColorTable(settings.lowLight ? settings.colorTable() : table);
         scene.portrayal = presentation.portrayal();
         scene.palette = palette == "day" ? PaletteScheme::Day
             : palette == "dusk"          ? PaletteScheme::Dusk
@@ -235,6 +262,8 @@ int main(int argc, char** argv)
         ->check(CLI::Range(10.0, 1200.0));
     app.add_flag("--no-updates", options.noUpdates, "Leave the update files beside a cell");
     app.add_flag("--no-basemap", options.noBaseMap, "Leave the coasts of the world away");
+    app.add_option("--set", options.set, "A display setting, e.g. showSoundings=false")
+        ->allow_extra_args(false);
     app.add_option("--grib", options.grib, "A weather file to draw over the charts");
     app.add_option("paths", options.paths, "Cells, catalogues, KAP files or folders");
     try {
@@ -249,10 +278,13 @@ int main(int argc, char** argv)
                      size ? options.center.c_str() : options.size.c_str());
         return 2;
     }
+    const auto settings = parseSettings(options.set);
+    if (!settings)
+        return 2;
     if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     if (!qEnvironmentVariableIsSet("XDG_RUNTIME_DIR"))
         QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false")); // of no use here
     const QGuiApplication gui(argc, argv);
-    return render(options, *size, center);
+    return render(options, *settings, *size, center);
 }

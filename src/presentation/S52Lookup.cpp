@@ -43,6 +43,11 @@ const S52LuptTable* tableFor(int geometry, const S52Model& model)
 }
 } // namespace
 
+bool S52Lookup::takesEntry(int classCode)
+{
+    return !S57ObjectCatalogue::renderableName(classCode).empty() && !isDrawnByRoutine(classCode);
+}
+
 void S52Lookup::setS52Lupts(const S57ChartItems& cell, const S52Model& model)
 {
     for (const auto& feature : cell.s57Features())
@@ -51,8 +56,7 @@ void S52Lookup::setS52Lupts(const S57ChartItems& cell, const S52Model& model)
 
 void S52Lookup::setS52LuptForFeature(S57Feature& feature, const S52Model& model)
 {
-    const int code = feature.objectCode();
-    if (!S57ObjectCatalogue::renderableName(code).empty() && !isDrawnByRoutine(code))
+    if (takesEntry(feature.objectCode()))
         feature.setS52Lupt(s52LuptForS57Feature(feature, model));
 }
 

@@ -8,6 +8,9 @@ namespace kelvox {
 /// Finds each feature its entry in the look-up tables.
 class S52Lookup {
 public:
+    /// Whether features of the class are drawn by a look-up entry: the display knows it and has no
+    /// routine of its own for it.
+    [[nodiscard]] static bool takesEntry(int classCode);
     /// Assigns its entry to every feature of a cell; again after the choice of symbols changed.
     /// May run while other threads draw: they see the old or the new entry of each feature.
     static void setS52Lupts(const S57ChartItems& cell, const S52Model& model);

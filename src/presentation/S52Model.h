@@ -17,11 +17,25 @@ namespace kelvox {
 /// A name used by the library that the program does not have, or needed by the program and not in
 /// the library. What bears it is not drawn, so the user is told.
 struct S52UnknownName {
-    enum class Kind { Procedure, Symbol, LineStyle, Pattern, Color, ColorScheme };
+    enum class Kind {
+        Procedure,
+        Symbol,
+        LineStyle,
+        Pattern,
+        Color,
+        ColorScheme,
+        Instruction, ///< the two letters of a drawing instruction
+        Attribute, ///< of a condition, which then never holds
+        Class, ///< bears entries, but the display does not know it
+        NoEntry ///< a class that the display knows, without an entry in the table of usedBy
+    };
 
     Kind kind = Kind::Symbol;
     std::string name;
     std::string usedBy; ///< class acronym of the first entry that names it, or "program"
+
+    /// A sentence that tells the user what is missing and what comes of it.
+    [[nodiscard]] std::string sentence() const;
 
     friend bool operator==(const S52UnknownName&, const S52UnknownName&) = default;
 };
@@ -33,6 +47,10 @@ struct S52LoadReport {
     bool isUsersOwn = false; ///< the library is the user's, in place of the program's
     std::vector<Error> problems; ///< files that could not be read or used
     std::vector<S52UnknownName> unknownNames;
+
+    /// All that the user should know, a sentence each: whose library it is when it is not the
+    /// program's, what could not be read, what will not be drawn. Empty when all is well.
+    [[nodiscard]] std::vector<std::string> sentences() const;
 };
 
 /// The presentation library in memory: look-up tables, definitions, colour tables.

@@ -1,6 +1,5 @@
 #include "presentation/S57ObjectRender.h"
 
-#include "base/Settings.h"
 #include "presentation/Dashes.h"
 #include "presentation/LabelTexts.h"
 
@@ -80,23 +79,6 @@ std::vector<CoveredWaters> coveredWaters(const CellGeometry& geometry,
             result.push_back({rings, rings.bounds()});
     }
     return result;
-}
-
-void RenderSettings::loadSettings(const Settings& settings)
-{
-    const std::array<std::pair<std::string_view, bool*>, 10> switches{
-        {{"showElevations", &showElevations},
-         {"showCautionAreas", &showCautionAreas},
-         {"showRestrictedAreas", &showRestrictedAreas},
-         {"showDepthContours", &showDepthContours},
-         {"showLightSectors", &showSectors},
-         {"showMarkNames", &showMarkNames},
-         {"showPlaceNames", &showPlaceNames},
-         {"showSoundings", &showSoundings},
-         {"showRecommendedRoutes", &showRecommendedRoutes},
-         {"showSurface", &showSurface}}};
-    for (const auto& [key, value] : switches)
-        *value = settings.boolean(key, *value);
 }
 
 RenderColors RenderColors::from(const S52CcieMap& colors)

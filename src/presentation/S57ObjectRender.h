@@ -2,6 +2,7 @@
 
 #include "chartview/ViewFrame.h"
 #include "presentation/Canvas.h"
+#include "presentation/RenderSettings.h"
 #include "presentation/S52Render.h"
 #include "presentation/S57TextModel.h"
 #include "presentation/ViewPathBuilder.h"
@@ -11,29 +12,6 @@
 #include <span>
 
 namespace kelvox {
-
-class Settings;
-
-/// What the user wants to see and how.
-struct RenderSettings {
-    bool showDepthContours = true;
-    bool showSoundings = true;
-    bool showSurface = true; ///< nature of the seabed
-    bool showRecommendedRoutes = true;
-    bool showCautionAreas = true;
-    bool showRestrictedAreas = true;
-    bool showAtAllScales = false; ///< turns the scale filter off
-    bool largeText = false;
-    bool showElevations = true;
-    bool showMarkNames = true;
-    bool showPlaceNames = true;
-    bool showSectors = true;
-    int depthUnit = 1; ///< 0 feet, 1 metres, 2 fathoms
-    bool heightsInMetres = true;
-
-    /// Reads the switches by their names; one that was never set keeps its value.
-    void loadSettings(const Settings& settings);
-};
 
 /// The colours that the dedicated routines use, taken once from a colour scheme.
 struct RenderColors {

@@ -44,6 +44,7 @@ void addGribCommand(Tool& tool);
 void addInfoCommand(Tool& tool);
 void addNavigationCommand(Tool& tool);
 void addNmeaCommand(Tool& tool);
+void addPickCommand(Tool& tool);
 void addRasterCommand(Tool& tool);
 void addSimulateCommand(Tool& tool);
 

@@ -34,6 +34,7 @@ int main(int argc, char** argv)
     kelvox::addInfoCommand(tool);
     kelvox::addNavigationCommand(tool);
     kelvox::addNmeaCommand(tool);
+    kelvox::addPickCommand(tool);
     kelvox::addRasterCommand(tool);
     kelvox::addSimulateCommand(tool);
     tool.command("render", "Draw charts into a PNG");

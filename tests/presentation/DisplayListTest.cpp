@@ -18,7 +18,8 @@ Path stripe(double top, double bottom)
 
 TEST(DisplayList, DrawsAgainInOrderWhatMeetsTheRows)
 {
-    const auto symbol = SymbolDrawing::from("BOYLAT13", {}, {});
+    SymbolDrawing symbol;
+    symbol.name = "BOYLAT13";
     TextFigure figure;
     figure.text = "12";
     DisplayList list(1);

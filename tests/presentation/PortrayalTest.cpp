@@ -1,3 +1,4 @@
+#include "base/Settings.h"
 #include "presentation/LabelTexts.h"
 #include "presentation/LibraryText.h"
 #include "presentation/S52Lookup.h"
@@ -57,6 +58,9 @@ protected:
                 + entry("OBSTRN", 'P', "PAPER_CHART", "", "CS(OBSTRN05)")
                 + entry("OBSTRN", 'A', "PLAIN_BOUNDARIES", "", "AC(DEPVS,2);CS(OBSTRN05)")
                 + entry("UWTROC", 'P', "PAPER_CHART", "", "CS(OBSTRN05)")
+                + entry("UWTROC", 'P', "SIMPLIFIED", "", "SY(DANGER02)")
+                + entry("CTNARE", 'A', "PLAIN_BOUNDARIES", "", "LS(DASH,1,CHMGD)")
+                + entry("RESARE", 'A', "SYMBOLIZED_BOUNDARIES", "", "LS(DOTT,1,CHMGD)")
                 + entry("WRECKS", 'P', "PAPER_CHART", "", "CS(WRECKS03)")
                 + entry("TOPMAR", 'P', "PAPER_CHART", "", "CS(TOPMAR01)")
                 + entry("RESARE", 'A', "PLAIN_BOUNDARIES", "", "CS(RESARE03);CS(RESTRN01)")
@@ -290,6 +294,112 @@ TEST(S57TextModel, NoTwoTextsCrossAndTheMoreImportantStays)
 
     const TextCanvas panned = draw({1000, -77});
     EXPECT_EQ(panned.steps, first.steps) << "nothing jumps while the chart is panned";
+}
+
+TEST(S57TextModel, NoTextOverprintsASounding)
+{
+    struct Measure : TextMeasure {
+        [[nodiscard]] Size size(const TextFigure& figure) const override
+        {
+            return {static_cast<double>(figure.text.size()) * 6, 12};
+        }
+    } measure;
+    const auto draw = [&](S57TextModel::Rank rank, bool stays, float otherDepth) {
+        S57TextModel model;
+        S57TextModel::Item item;
+        item.figure.text = "mud";
+        item.anchor = {100, 100};
+        item.centred = true;
+        item.rank = rank;
+        model.add(item);
+        TextFigure figure;
+        figure.text = "12";
+        model.addSounding({figure, {104, 100}, 12, stays});
+        figure.text = "8";
+        model.addSounding({figure, {300, 100}, otherDepth, stays});
+        figure.text = "9";
+        model.addSounding({figure, {302, 102}, 9, stays});
+        TextCanvas canvas;
+        model.draw(measure, 1, canvas);
+        return canvas.steps;
+    };
+    using Steps = std::vector<std::string>;
+    using Rank = S57TextModel::Rank;
+    EXPECT_EQ(draw(Rank::Detail, false, 8), (Steps{"text 12", "text 8"}));
+    EXPECT_EQ(draw(Rank::Place, true, 8), (Steps{"text 12", "text 8"}));
+    EXPECT_EQ(draw(Rank::Place, false, 8), (Steps{"text 8", "text mud"}));
+    EXPECT_EQ(draw(Rank::Place, false, 20), (Steps{"text 9", "text mud"}))
+        << "of two soundings that would cross the shoaler is shown";
+}
+
+TEST_F(Portrayed, EverySettingChangesTheDrawing)
+{
+    writer.addArea("RESARE", box(0.003));
+    writer.addArea("CTNARE", box(0.003));
+    writer.addLine("RECTRC", {{10.499, 59.5}, {10.501, 59.5}});
+    writer.addLine("DEPCNT", {{10.49, 59.5}, {10.51, 59.5}});
+    writer.addArea("SBDARE", box(0.001), {{"NATSUR", "1"}});
+    writer.addArea("LAKARE", box(0.001), {{"OBJNAM", "Tarn"}, {"ELEVAT", "30"}});
+    writer.addPoint("UWTROC", here, {{"OBJNAM", "Grumpy"}, {"SCAMIN", "12000"}});
+    writer.addPoint("LIGHTS", here,
+                    {{"COLOUR", "3"}, {"LITCHR", "2"}, {"SECTR1", "10"}, {"SECTR2", "90"}});
+    writer.addSoundings({{here, 12.5}});
+    const auto drawing = [&](const char* key, const char* value) {
+        MemorySettings chosen;
+        if (key)
+            chosen.set(key, std::string(value));
+        const auto all = PortrayalSettings::fromSettings(chosen);
+        settings = all.render;
+        colorScheme = all.colorTable();
+        model.setSymbols(all.symbolizedBoundaries, !all.simplifiedSymbols);
+        texts = {};
+        Steps steps = draw();
+        steps.push_back(std::to_string(colorScheme));
+        for (const auto& item : texts.items())
+            steps.push_back(fmt::format("{} {}", item.figure.text, item.figure.size));
+        for (const auto& sounding : texts.soundings())
+            steps.push_back(sounding.figure.text + " " + sounding.figure.subscript);
+        return steps;
+    };
+    const Steps usual = drawing(nullptr, nullptr);
+    for (const auto& key : PortrayalSettings::keys) {
+        const bool isOnFromTheStart = key.name.starts_with("show") && key.name != "showAtAllScales";
+        const char* other = key.name == "waterDepthUnits" ? "2" : isOnFromTheStart ? "false" : "true";
+        EXPECT_NE(drawing(key.name.data(), other), usual) << key.name;
+    }
+    EXPECT_EQ(drawing("waterDepthUnits", "1"), usual);
+    EXPECT_EQ(drawing("noSuchKey", "true"), usual);
+}
+
+TEST_F(Portrayed, WhatTheCellAboveCoversBearsNoMarks)
+{
+    writer.addPoint("BOYLAT", here);
+    writer.addPoint("BOYLAT", Position{10.51, 59.5});
+    writer.addArea("RESARE", box(0.003));
+    writer.addSoundings({{here, 12}, {{10.51, 59.5}, 7}});
+    const auto bytes = writer.bytes();
+    ASSERT_TRUE(bytes);
+    cell = S57CellLoader::loadBytes(*bytes)->cell;
+    S52Lookup::setS52Lupts(*cell, model);
+    const CellGeometry geometry(cell);
+    const S52Render presentation(model);
+    const auto frame = ViewFrame::at(here, 20'000, 0, 800, 600, 1, 66);
+    CoveredWaters middle;
+    middle.box = {380, 280, 420, 320};
+    for (const Point corner : {Point{380, 280}, Point{420, 280}, Point{420, 320}, Point{380, 320}})
+        middle.rings.lineTo(corner);
+    TextCanvas ground;
+    TextCanvas marks;
+    S57ObjectRender(frame, *presentation.portrayal(), settings)
+        .drawFeatures({.geometry = geometry,
+                       .features = geometry.featuresIn(frame.coveredBox(16)),
+                       .cellRank = 1,
+                       .covered = std::span(&middle, 1)},
+                      {ground, marks, texts});
+    EXPECT_EQ(ground.steps.size(), 1U) << "lines run on beneath the cell above";
+    EXPECT_EQ(marks.steps, Steps{"symbol BOYLAT13 0"});
+    ASSERT_EQ(texts.soundings().size(), 1U);
+    EXPECT_EQ(texts.soundings()[0].depth, 7);
 }
 
 } // namespace kelvox

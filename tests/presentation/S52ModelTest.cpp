@@ -112,6 +112,33 @@ TEST(S52Model, TellsWhichNamesTheProgramAndTheLibraryDoNotShare)
     EXPECT_TRUE(reports(model, Kind::ColorScheme, "NIGHT", "program"));
 }
 
+TEST(S52Model, TellsInSentencesWhatWillNotBeDrawn)
+{
+    using Kind = S52UnknownName::Kind;
+    const LoadedModel model(
+        lookUp({"COLOUR3", "NOSUCH1"}, "CS(LIGHTS06);ZZ(BOYLAT14);SY(NOSUCH01)")
+        + module({field("LUPT", "LU00008NILNOCLASP00008OLINES"), field("ATTC", ""),
+                  field("INST", "SY(BOYLAT14)")})
+        + symbol("BOYLAT14", "SPA"));
+    EXPECT_TRUE(reports(model, Kind::Attribute, "NOSUCH", "BOYLAT"));
+    EXPECT_FALSE(reports(model, Kind::Attribute, "COLOUR", "BOYLAT"));
+    EXPECT_TRUE(reports(model, Kind::Instruction, "ZZ", "BOYLAT"));
+    EXPECT_TRUE(reports(model, Kind::Class, "NOCLAS", "program"));
+    EXPECT_TRUE(reports(model, Kind::NoEntry, "LIGHTS", "program"));
+    EXPECT_TRUE(reports(model, Kind::NoEntry, "BOYLAT", "PAPER_CHART"))
+        << "they would vanish with the choice of symbols";
+    EXPECT_FALSE(reports(model, Kind::NoEntry, "DEPARE", "program")) << "drawn by a routine";
+    const auto sentences = model.report().sentences();
+    const auto tells = [&](const char* sentence) {
+        return std::ranges::count(sentences, sentence) == 1;
+    };
+    EXPECT_TRUE(tells("Buoy, Lateral (BOYLAT) asks for the procedure LIGHTS06, which the program "
+                      "does not have: what it would decide on is not drawn."));
+    EXPECT_TRUE(tells("Buoy, Lateral (BOYLAT) names the symbol NOSUCH01, which the library does "
+                      "not have: it is not drawn."));
+    EXPECT_TRUE(tells("The library has no entry for Light (LIGHTS): it is not drawn."));
+}
+
 TEST(S52Model, TheUsersLibraryTakesThePlaceOfTheProgramsOwn)
 {
     const TemporaryFolder folder;

@@ -120,6 +120,43 @@ TEST(ViewPathBuilder, NeighboursShareTheirSimplifiedEdge)
     }
 }
 
+TEST(ViewPathBuilder, DashesStayOnTheirPlacesWhileTheChartIsPanned)
+{
+    S57CellWriter writer({.name = "KV5TEST6"});
+    S57CellWriter::Line wave;
+    for (int i = 0; i <= 400; ++i)
+        wave.push_back({10 + i * 1e-4, 59 + 1e-4 * std::sin(i * 0.3)});
+    const auto id = writer.addLine("CBLSUB", wave);
+    const auto geometry = geometryOf(writer);
+    const auto feature = placeOf(geometry, id);
+    const Dashes dashes{12, 6};
+    // The same ground in two pictures, the second moved by a whole number of pixels: the line
+    // enters it elsewhere.
+    const auto first = ViewFrame::at(Position{10.02, 59}, 5'000, 0, 400, 300, 1, 66);
+    ViewFrame second = first;
+    second.center = first.viewPointOf({200 + 77, 150});
+    ViewPathBuilder one(first, 0);
+    ViewPathBuilder two(second, 0);
+    const Path before = one.dashedPath(geometry, feature, dashes);
+    const Path after = two.dashedPath(geometry, feature, dashes).translated({77, 0});
+    ASSERT_GT(before.subPathCount(), 15U);
+    int compared = 0;
+    for (std::size_t i = 1; i + 1 < before.subPathCount(); ++i) {
+        const auto dash = before.subPath(i);
+        double length = 0;
+        for (std::size_t k = 1; k < dash.size(); ++k)
+            length += std::hypot(dash[k].x - dash[k - 1].x, dash[k].y - dash[k - 1].y);
+        EXPECT_NEAR(length, dashes.on, 1e-6) << "corners are followed";
+        for (std::size_t k = 1; k + 1 < after.subPathCount(); ++k)
+            if (std::abs(after.subPath(k).front().x - dash.front().x) < 5) {
+                EXPECT_NEAR(after.subPath(k).front().x, dash.front().x, 1e-6);
+                EXPECT_NEAR(after.subPath(k).back().y, dash.back().y, 1e-6);
+                ++compared;
+            }
+    }
+    EXPECT_GT(compared, 10);
+}
+
 TEST(ViewPathBuilder, MovesACellToTheOtherSideOfTheDateLine)
 {
     S57CellWriter writer({.name = "KV5TEST5"});

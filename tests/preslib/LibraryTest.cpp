@@ -137,7 +137,7 @@ TEST(Library, NamesNothingThatTheProgramOrTheLibraryLacks)
     const S52LoadReport& report = shipped().report();
     EXPECT_TRUE(report.problems.empty());
     for (const S52UnknownName& unknown : report.unknownNames)
-        ADD_FAILURE() << unknown.name << " named by " << unknown.usedBy;
+        ADD_FAILURE() << unknown.sentence();
     EXPECT_FALSE(report.calibration.empty());
 }
 
