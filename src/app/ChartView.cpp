@@ -287,10 +287,16 @@ void ChartView::paintEvent(QPaintEvent* /*event*/)
         paintPicture(painter, now);
     painter.resetTransform(); // one unit is one widget pixel again
     painter.setRenderHint(QPainter::Antialiasing);
-    const LayerLook look{*m_scene->portrayal, m_interfaceScale};
+    paintLayers(painter, now, *m_scene->portrayal, m_interfaceScale);
+}
+
+void ChartView::paintLayers(QPainter& painter, const ViewFrame& frame, const Portrayal& portrayal,
+                            double scale) const
+{
+    const LayerLook look{portrayal, scale};
     for (ChartLayer* layer : m_layers) {
         painter.save();
-        layer->paint(painter, now, look);
+        layer->paint(painter, frame, look);
         painter.restore();
     }
 }
@@ -327,6 +333,7 @@ void ChartView::mousePressEvent(QMouseEvent* event)
     for (ChartLayer* layer : m_layers | std::views::reverse)
         if (layer->press(pointer, now)) {
             m_pressedLayer = layer;
+            m_holdTimer.start(holdTime, this);
             update();
             return;
         }
@@ -423,9 +430,11 @@ void ChartView::timerEvent(QTimerEvent* event)
 {
     if (event->timerId() == m_holdTimer.timerId()) {
         m_holdTimer.stop();
-        if (m_dragFrom && !m_moved) {
-            const QPointF at = *m_dragFrom;
+        if (m_pressedAt && !m_moved) {
+            const QPointF at = *m_pressedAt;
             m_dragFrom.reset(); // the release is no click any more
+            if (m_pressedLayer)
+                std::exchange(m_pressedLayer, nullptr)->cancel();
             emit menuRequested(pointerAt(at));
         }
     } else if (event->timerId() == m_glideTimer.timerId()) {

@@ -28,6 +28,9 @@ public:
         m_layers = std::move(layers);
         update();
     }
+    /// Paints the layers for another frame, e.g. on paper. The painter is in its display points.
+    void paintLayers(QPainter& painter, const ViewFrame& frame, const Portrayal& portrayal,
+                     double scale) const;
     void setInterfaceScale(double scale) { m_interfaceScale = scale; }
     /// Moves the chart so that the position stands in the middle.
     void centerOn(Position position);

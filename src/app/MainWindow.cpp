@@ -106,6 +106,7 @@ MainWindow::MainWindow(Program& program)
     cardRows->addLayout(cardHeading);
     m_card->hide();
 
+    m_fileOpener.setFallback([this](const FileOpener::Files& files) { open(files); });
     buildCommands();
     buildTopBar();
     buildRail();
@@ -473,7 +474,7 @@ void MainWindow::showCard(const QString& title, QWidget* content)
 
 void MainWindow::openFiles(const std::vector<std::filesystem::path>& files)
 {
-    open(files);
+    m_fileOpener.open(files);
 }
 
 void MainWindow::showMenu(const ChartPointer& pointer)

@@ -6,6 +6,7 @@
 #include "app/ChartSet.h"
 #include "app/ChartView.h"
 #include "app/Commands.h"
+#include "app/FileOpener.h"
 #include "app/PanelHost.h"
 #include "app/Program.h"
 #include "navigation/PositionFormatter.h"
@@ -52,6 +53,8 @@ public:
     /// A layer above those there are; the window owns it.
     void addLayer(std::unique_ptr<ChartLayer> layer);
     void addPanel(SidePanel* panel);
+    [[nodiscard]] InstrumentColumn& instruments() { return *m_instruments; }
+    [[nodiscard]] FileOpener& fileOpener() { return m_fileOpener; }
 
 protected:
     void closeEvent(QCloseEvent* event) override;
@@ -93,6 +96,7 @@ private:
 
     Program& m_program;
     Commands m_commands;
+    FileOpener m_fileOpener;
     ChartSet m_charts;
     QWidget* m_area; ///< all that lies over the chart has this parent
     ChartView* m_chart;

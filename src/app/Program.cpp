@@ -71,6 +71,7 @@ Program::Program(Places places)
     m_grib.loadSettings(m_settings);
     loadModels();
     connectModels();
+    m_navLinks = std::make_unique<NavLinks>(*this);
     connectLive();
     m_live.start();
     setScheme(schemeOf(m_settings));
@@ -182,10 +183,13 @@ void Program::recordTrack(const TrackSample& sample)
 {
     if (!m_settings.boolean("recordTrack") || !sample.position.isKnown())
         return;
+    const auto color = m_settings.integer("trackColor"); // 0xRRGGBB
+    const auto part = [color](int shift) { return static_cast<float>(color >> shift & 255) / 255; };
     Track point;
     point.set(sample.position, sample.date, sample.courseDegrees, sample.speedKnots,
               sample.headingDegrees, sample.throughWaterKnots, sample.depthFeet,
-              sample.temperatureF, sample.windAngleDegrees, sample.windSpeedKnots, {}, {});
+              sample.temperatureF, sample.windAngleDegrees, sample.windSpeedKnots, {},
+              {.red = part(16), .green = part(8), .blue = part(0)});
     m_tracks.add(std::move(point), std::chrono::seconds(m_settings.integer("trackInterval", 30)));
 }
 

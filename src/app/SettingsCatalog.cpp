@@ -176,7 +176,18 @@ void addTraffic(std::vector<Item>& items)
     Group(items, "NSSettings.Tracks")
         .toggle("recordTrack", true)
         .number("trackInterval", 30, 1, 3600, 0, "s")
-        .number("startTrackInterval", 900, 10, 86'400, 0, "s");
+        .number("startTrackInterval", 900, 10, 86'400, 0, "s")
+        .color("trackColor", 0)
+        .toggle("showTracks", true);
+    Group(items, "NSSettings.Routes")
+        .toggle("showWaypoints", true)
+        .toggle("showWaypointNames", true)
+        .toggle("showRoutes", true)
+        .toggle("lockWaypoints", false)
+        .toggle("routeAutoNext", true)
+        .number("planSpeed", 5, 0.1, 60, 1, "kn")
+        .toggle("magnetic", false)
+        .toggle("simulatorSteersToWaypoint", false);
 }
 
 /// The connection of one consumer; its keys bear a prefix but for the GPS.

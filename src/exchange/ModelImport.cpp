@@ -141,14 +141,25 @@ void ModelImport::trackPoint(Track point)
     ++m_dropped;
 }
 
-const ImportSummary& ModelImport::finish()
+bool ModelImport::handOver(std::size_t most)
 {
     if (m_points.empty())
-        return m_summary;
-    for (auto& point : std::exchange(m_points, {}))
-        m_tracks.add(std::move(point), std::chrono::seconds(0));
-    m_byDate.clear();
+        return true;
+    m_byDate.clear(); // the model knows the dates of those handed over
+    for (; most > 0 && !m_points.empty(); --most) {
+        m_tracks.add(std::move(m_points.front()), std::chrono::seconds(0));
+        m_points.pop_front();
+    }
+    if (!m_points.empty())
+        return false;
+    m_dropped = 0;
     m_tracks.setChanged(true);
+    return true;
+}
+
+const ImportSummary& ModelImport::finish()
+{
+    handOver(m_points.size());
     return m_summary;
 }
 

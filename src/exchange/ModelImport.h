@@ -47,7 +47,10 @@ public:
     void trackPoint(Track point) override;
     void passedOver() override { ++m_summary.passedOver; }
 
-    /// Hands the track points on; call when the file is read.
+    /// Hands on so many of the track points that are held; true when none is left. A window does
+    /// it in turns once a file is read.
+    bool handOver(std::size_t most);
+    /// Hands on all the track points; call when the file is read.
     const ImportSummary& finish();
 
 private:

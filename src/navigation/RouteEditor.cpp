@@ -65,8 +65,8 @@ WaypointPointer RouteEditor::insertIntoLeg(const RoutePointer& route, std::size_
     if (!waypoint)
         return nullptr;
     m_routes.edit(route, [&](Route& it) {
-        it.insertWaypointReference(
-            std::make_shared<WaypointReference>(WaypointReference{waypoint}), index + 1);
+        it.insertWaypointReference(std::make_shared<WaypointReference>(WaypointReference{waypoint}),
+                                   index + 1);
     });
     return waypoint;
 }
@@ -121,8 +121,8 @@ bool RouteEditor::join(const RoutePointer& route, const RoutePointer& other)
         const auto last = it.lastWaypointReference();
         bool first = true;
         for (const auto& reference : other->waypointReferences()) {
-            const bool meets = std::exchange(first, false) && last
-                && last->waypoint == reference->waypoint;
+            const bool meets =
+                std::exchange(first, false) && last && last->waypoint == reference->waypoint;
             if (!meets)
                 it.addWaypointReference(reference->waypoint); // references of its own
         }

@@ -11,10 +11,12 @@ namespace kelvox {
 struct RoutePlan {
     struct Row {
         WaypointPointer waypoint;
-        float legMiles = static_cast<float>(noValue); ///< NM, great circle; no value at the first row
+        float legMiles =
+            static_cast<float>(noValue); ///< NM, great circle; no value at the first row
         float totalMiles = 0; ///< NM from the first waypoint
         float bearingTrue = static_cast<float>(noValue); ///< degrees at the beginning of the leg
-        float legHours = static_cast<float>(noValue); ///< no value at the first row and without a speed
+        float legHours =
+            static_cast<float>(noValue); ///< no value at the first row and without a speed
         float totalHours = static_cast<float>(noValue); ///< no value without a speed
     };
     std::vector<Row> rows;

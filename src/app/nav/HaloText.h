@@ -11,9 +11,9 @@ inline void drawHaloText(QPainter& painter, QPointF baseline, const QString& tex
                          const QColor& color, const QColor& halo)
 {
     painter.setPen(halo);
-    for (const QPointF around : {QPointF(1, 1), QPointF(1, -1), QPointF(-1, 1), QPointF(-1, -1),
-                                 QPointF(1.4, 0), QPointF(-1.4, 0), QPointF(0, 1.4),
-                                 QPointF(0, -1.4)})
+    for (const QPointF around :
+         {QPointF(1, 1), QPointF(1, -1), QPointF(-1, 1), QPointF(-1, -1), QPointF(1.4, 0),
+          QPointF(-1.4, 0), QPointF(0, 1.4), QPointF(0, -1.4)})
         painter.drawText(baseline + around, text);
     painter.setPen(color);
     painter.drawText(baseline, text);

@@ -6,7 +6,7 @@
 
 #include <QObject>
 
-#include <filesystem>
+#include <functional>
 #include <memory>
 #include <vector>
 
@@ -23,6 +23,11 @@ class NavActions final : public QObject {
 public:
     NavActions(ChartHost& host, NavSelection& selection, QObject* parent = nullptr);
     ~NavActions() override;
+    /// Who knows which waypoint is drawn at a point of the chart.
+    void setWaypointFinder(std::function<WaypointPointer(QPointF)> waypointAt)
+    {
+        m_waypointAt = std::move(waypointAt);
+    }
 
     [[nodiscard]] ChartHost& host() { return m_host; }
     [[nodiscard]] Program& program() { return m_host.program(); }
@@ -80,6 +85,7 @@ private:
     ChartHost& m_host;
     NavSelection& m_selection;
     RouteEditor m_editor;
+    std::function<WaypointPointer(QPointF)> m_waypointAt;
     std::unique_ptr<RouteTool> m_routeTool;
 };
 

@@ -40,8 +40,7 @@ void NavSelection::selectTrackLine(std::size_t first)
 void NavSelection::hover(const WaypointPointer& waypoint, const RoutePointer& route,
                          std::size_t trackLine)
 {
-    if (waypoint == m_hoveredWaypoint && route == m_hoveredRoute
-        && trackLine == m_hoveredTrackLine)
+    if (waypoint == m_hoveredWaypoint && route == m_hoveredRoute && trackLine == m_hoveredTrackLine)
         return;
     m_hoveredWaypoint = waypoint;
     m_hoveredRoute = route;

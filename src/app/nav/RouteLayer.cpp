@@ -145,14 +145,13 @@ void RouteLayer::paintRoute(QPainter& painter, const RoutePointer& route, Rank r
     }
 }
 
-void RouteLayer::paintLegLabel(QPainter& painter, const QPolygonF& line, Position from,
-                               Position to, const LayerLook& look)
+void RouteLayer::paintLegLabel(QPainter& painter, const QPolygonF& line, Position from, Position to,
+                               const LayerLook& look)
 {
     QFont font = painter.font();
     font.setPixelSize(qRound(12 * look.scale));
     const QFontMetricsF metrics(font);
-    const QString words =
-        navtext::bearing(m_actions.program(), NavMath::bearingFromPoint(from, to))
+    const QString words = navtext::bearing(m_actions.program(), NavMath::bearingFromPoint(from, to))
         + QStringLiteral("  ") + navtext::distance(NavMath::distanceFromPoint(from, to));
     const double width = metrics.horizontalAdvance(words);
     double length = 0;
@@ -243,16 +242,15 @@ void RouteLayer::paintActiveLeg(QPainter& painter, const ViewFrame& frame,
         SheetLine course;
         course.addLeg(vessel, end);
         painter.setPen(QPen(faint, 1, Qt::DotLine));
-        course.project(toPoints, 16,
-                       [&](const QPolygonF& part) { painter.drawPolyline(part); });
+        course.project(toPoints, 16, [&](const QPolygonF& part) { painter.drawPolyline(part); });
     }
     const double radius = program.settings().number("waypointApproachDistance",
                                                     WaypointController::defaultApproachDistance)
         * pointsPerMile;
     const double reach = std::hypot(frame.width, frame.height) / frame.pixelsPerPoint;
     if (radius > 4 && radius < 2 * reach) {
-        painter.setPen(QPen(color, 1.4, steering.isWaypointArrivalAlarmOn() ? Qt::SolidLine
-                                                                          : Qt::DashLine));
+        painter.setPen(
+            QPen(color, 1.4, steering.isWaypointArrivalAlarmOn() ? Qt::SolidLine : Qt::DashLine));
         painter.drawEllipse(toPoints.nearest(sheetPlaceOf(end)), radius, radius);
     }
 }
@@ -302,9 +300,8 @@ void RouteLayer::paintWaypoints(QPainter& painter, const ViewFrame& frame,
         if (drawn.waypoint == active)
             painter.drawEllipse(drawn.at, size * 0.75, size * 0.75);
         else
-            painter.drawRoundedRect(QRectF(drawn.at - QPointF(size, size) * 0.65,
-                                           QSizeF(size, size) * 1.3),
-                                    3, 3);
+            painter.drawRoundedRect(
+                QRectF(drawn.at - QPointF(size, size) * 0.65, QSizeF(size, size) * 1.3), 3, 3);
     }
     if (!program.settings().boolean("showWaypointNames", true))
         return;
@@ -314,7 +311,7 @@ void RouteLayer::paintWaypoints(QPainter& painter, const ViewFrame& frame,
         order[i] = i;
     std::ranges::stable_sort(order, [&](std::size_t a, std::size_t b) {
         const auto rank = [&](std::size_t i) {
-            return important(m_drawn[i].waypoint)            ? 0
+            return important(m_drawn[i].waypoint)              ? 0
                 : ofRoutes.contains(m_drawn[i].waypoint.get()) ? 1
                                                                : 2;
         };
@@ -408,8 +405,9 @@ void RouteLayer::addToMenu(QMenu& menu, const ChartPointer& pointer, const ViewF
                        [this, position] { m_actions.dropWaypoint(position); });
         menu.addAction(text("NSGotoHere"), &m_actions,
                        [this, position] { m_actions.gotoPosition(position); });
-        menu.addAction(text("NSStartRouteHere"), &m_actions,
-                       [this, position] { m_actions.startRouteAt({position, nullptr}); });
+        menu.addAction(text("NSStartRouteHere"), &m_actions, [this, position] {
+            m_actions.startRouteAt({position, nullptr});
+        });
     }
     if (const auto leg = legAt(pointer.at)) {
         menu.addSeparator();

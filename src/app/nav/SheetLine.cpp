@@ -12,9 +12,9 @@ namespace kelvox {
 SheetPlace sheetPlaceOf(Position position)
 {
     constexpr double topOrdinate = S57Controller::value85;
-    constexpr double pole = 89.9; // nothing is drawn beyond 85°, but the ordinate has to be a number
-    const double latitude =
-        std::clamp(position.latitude, -pole, pole) * std::numbers::pi / 180;
+    constexpr double pole =
+        89.9; // nothing is drawn beyond 85°, but the ordinate has to be a number
+    const double latitude = std::clamp(position.latitude, -pole, pole) * std::numbers::pi / 180;
     const double ordinate = std::asinh(std::tan(latitude));
     return {(position.longitude + 180) / 360, (ordinate / topOrdinate + 1) / 2};
 }

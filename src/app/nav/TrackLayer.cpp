@@ -2,7 +2,6 @@
 
 #include "app/ChartView.h"
 #include "app/Text.h"
-#include "app/Theme.h"
 #include "app/nav/NavText.h"
 
 #include <QMenu>
@@ -20,8 +19,9 @@ QColor colorOf(const TrackColor& color, const LayerLook& look)
 {
     if (color == TrackColor{})
         return look.color("PSTRK");
-    const float light[] = {1, 0.7F, 0.4F}; // day, dusk, night
-    const float share = light[static_cast<int>(Theme::theme().scheme())];
+    // By day as it is; in the dark no brighter than the chart's own track.
+    const bool day = look.color("DEPDW").lightness() > 127;
+    const float share = day ? 1 : look.color("PSTRK").lightnessF();
     const auto part = [&](float value) { return std::clamp(value, 0.0F, 1.0F) * share; };
     return QColor::fromRgbF(part(color.red), part(color.green), part(color.blue));
 }

@@ -1,6 +1,5 @@
 #include "app/nav/WaypointSymbols.h"
 
-#include "app/Theme.h"
 #include "base/Folders.h"
 #include "navigation/WaypointIcons.h"
 
@@ -9,8 +8,6 @@
 #include <QPainterPath>
 #include <QPixmapCache>
 #include <QSvgRenderer>
-
-#include <array>
 
 namespace kelvox {
 
@@ -27,15 +24,13 @@ QByteArray drawingOf(const QString& name)
 }
 
 /// A picture with colours of its own is taken down to what the scheme allows.
-void dim(QPixmap& pixmap)
+void dim(QPixmap& pixmap, const LayerLook& look)
 {
-    constexpr std::array<int, 3> shade{0, 70, 150}; // alpha of black: day, dusk, night
-    const int alpha = shade[static_cast<std::size_t>(Theme::theme().scheme())];
-    if (alpha == 0)
-        return;
+    if (look.color("DEPDW").lightness() > 127)
+        return; // day
     QPainter painter(&pixmap);
     painter.setCompositionMode(QPainter::CompositionMode_SourceAtop);
-    painter.fillRect(pixmap.rect(), QColor(0, 0, 0, alpha));
+    painter.fillRect(pixmap.rect(), QColor(0, 0, 0, 255 - look.color("CHWHT").lightness()));
 }
 
 /// What a name ends with says the colour, what it begins with the shape.
@@ -152,7 +147,7 @@ QPixmap waypointSymbol(int index, const LayerLook& look, int size, double pixelR
             paintShape(painter, *icon, look, size * pixelRatio);
     }
     if (hasColors)
-        dim(pixmap);
+        dim(pixmap, look);
     pixmap.setDevicePixelRatio(pixelRatio);
     QPixmapCache::insert(key, pixmap);
     return pixmap;
