@@ -1,7 +1,7 @@
 #include "app/AisLayer.h"
 
 #include "app/AisTargetDetails.h"
-#include "app/Program.h"
+#include "app/LiveData.h"
 #include "app/Text.h"
 
 #include <QMenu>
@@ -49,7 +49,6 @@ void paintHull(QPainter& painter, const AISSymbol& symbol, const ViewFrame& fram
 
 void AisLayer::paint(QPainter& painter, const ViewFrame& frame, const LayerLook& look)
 {
-    LiveData& live = m_host.program().live();
     AISView view;
     view.pointAt = [&](Position position) { return frame.view.positionToPoint(position); };
     view.pointsPerMetre = [&](double latitude) {
@@ -61,11 +60,11 @@ void AisLayer::paint(QPainter& painter, const ViewFrame& frame, const LayerLook&
         * (0.5 / frame.pixelsPerPoint);
     view.visible = {frame.center.x - half.x, frame.center.y - half.y, frame.center.x + half.x,
                     frame.center.y + half.y};
-    AISDisplay display = AISDisplay::fromSettings(live.settings());
+    AISDisplay display = AISDisplay::fromSettings(m_live.settings());
     display.symbolLength *= look.scale;
-    display.selected = live.selectedTarget();
-    display.alarmed = live.ais().alarmTarget();
-    m_picture.update(live.ais().model(), view, display, live.now());
+    display.selected = m_live.selectedTarget();
+    display.alarmed = m_live.ais().alarmTarget();
+    m_picture.update(m_live.ais().model(), view, display, m_live.now());
 
     QFont font = painter.font();
     font.setPixelSize(qRound(11 * look.scale));
@@ -77,7 +76,7 @@ void AisLayer::paint(QPainter& painter, const ViewFrame& frame, const LayerLook&
                       .pixelRatio = frame.pixelsPerPoint},
                      font);
     paintVectors(painter, frame, look);
-    const auto pointed = live.pointedTarget();
+    const auto pointed = m_live.pointedTarget();
     for (const AISSymbol& symbol : m_picture.symbols()) {
         if (symbol.own)
             continue;
@@ -141,14 +140,13 @@ const AISPosition* AisLayer::targetAt(const ChartPointer& pointer, const ViewFra
     const Point viewPoint = frame.viewPointOf(
         Point{pointer.at.x(), pointer.at.y()} * frame.pixelsPerPoint);
     const auto mmsi = m_picture.targetAt(viewPoint, tolerance);
-    const auto* target = mmsi ? m_host.program().live().ais().model().find(*mmsi) : nullptr;
+    const auto* target = mmsi ? m_live.ais().model().find(*mmsi) : nullptr;
     return target && !target->own() ? target : nullptr;
 }
 
 void AisLayer::open(std::int32_t mmsi)
 {
-    LiveData& live = m_host.program().live();
-    live.selectTarget(mmsi);
+    m_live.selectTarget(mmsi);
     auto* details = new AisTargetDetails(m_host, nullptr);
     m_host.showCard(details->title(), details);
 }

@@ -12,8 +12,9 @@ class LiveData;
 /// centres the chart on it.
 class AisLayer final : public ChartLayer {
 public:
-    explicit AisLayer(ChartHost& host)
-        : m_host(host)
+    AisLayer(LiveData& live, ChartHost& host)
+        : m_live(live)
+        , m_host(host)
     {
     }
     void paint(QPainter& painter, const ViewFrame& frame, const LayerLook& look) override;
@@ -33,6 +34,7 @@ private:
     void paintVectors(QPainter& painter, const ViewFrame& frame, const LayerLook& look) const;
     void paintLabels(QPainter& painter, const ViewFrame& frame);
 
+    LiveData& m_live;
     ChartHost& m_host;
     AISPicture m_picture;
     AisImages m_images;

@@ -138,7 +138,7 @@ MainWindow::MainWindow(Program& program)
     for (const auto signal :
          {&LiveData::vesselMoved, &LiveData::staleChanged, &LiveData::connectionsChanged})
         connect(&program.live(), signal, this, &MainWindow::updateVessel);
-    connect(&program.live(), &LiveData::targetsChanged, m_chart, qOverload<>(&QWidget::update));
+    connect(&program.live(), &LiveData::targetsMoved, m_chart, qOverload<>(&QWidget::update));
     for (const auto signal :
          {&Program::waypointsChanged, &Program::routesChanged, &Program::tracksChanged,
           &Program::steeringChanged, &Program::weatherChanged})

@@ -41,8 +41,12 @@ QPolygonF hull(const LiveData& live, double pointsPerFoot, double bowDegrees,
     const double beam = settings.number("vesselBeam");
     if (length <= 0 || beam <= 0 || !isKnown(bowDegrees) || length * pointsPerFoot < smallest)
         return {};
-    const double bow = std::clamp(settings.number("antennaFromBow", length / 2), 0.0, length);
-    const double right = std::clamp(settings.number("antennaFromStarboard", beam / 2), 0.0, beam);
+    double bow = std::clamp(settings.number("antennaFromBow"), 0.0, length);
+    double right = std::clamp(settings.number("antennaFromStarboard"), 0.0, beam);
+    if (bow <= 0 && right <= 0) { // never told: in the middle
+        bow = length / 2;
+        right = beam / 2;
+    }
     const double shoulder = bow - foreship * length;
     const std::pair<double, double> corners[] = {{right - beam / 2, bow},
                                                  {right, shoulder},

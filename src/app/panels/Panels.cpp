@@ -17,7 +17,7 @@ namespace kelvox {
 namespace {
 void addLiveLayers(MainWindow& window)
 {
-    window.addLayer(std::make_unique<AisLayer>(window));
+    window.addLayer(std::make_unique<AisLayer>(window.program().live(), window));
     window.addLayer(std::make_unique<VesselLayer>(window));
     const LiveData& live = window.program().live();
     for (const auto signal :
