@@ -50,7 +50,8 @@ LiveData::LiveData(const Services& services, ReaderThread::Pace pace, QObject* p
     m_gpsConnection.setInstruments(&m_instrumentsConnection);
     m_network.setObserver(&m_tcpip);
 
-    for (QTimer* timer : {&m_reopenTimer, &m_instrumentsTimer, &m_targetsTimer, &m_gotoTimer})
+    for (QTimer* timer : {&m_reopenTimer, &m_instrumentsTimer, &m_targetsTimer, &m_pictureTimer,
+                          &m_gotoTimer})
         timer->setSingleShot(true);
     const auto startOnce = [](QTimer& timer) {
         if (!timer.isActive())
@@ -62,9 +63,12 @@ LiveData::LiveData(const Services& services, ReaderThread::Pace pace, QObject* p
         startOnce(m_instrumentsTimer);
     });
     m_ais.setListHandler([this, startOnce] { startOnce(m_targetsTimer); });
+    m_targets.setNeedsDisplayHandler(
+        [this, startOnce](const AISPosition&) { startOnce(m_pictureTimer); });
     m_ais.setProximityAlarmHandler([this](bool) { emit proximityAlarmChanged(); });
     connect(&m_instrumentsTimer, &QTimer::timeout, this, &LiveData::instrumentsChanged);
     connect(&m_targetsTimer, &QTimer::timeout, this, &LiveData::targetsChanged);
+    connect(&m_pictureTimer, &QTimer::timeout, this, &LiveData::targetsMoved);
     connect(&m_reopenTimer, &QTimer::timeout, this, &LiveData::reopen);
     connect(&m_gotoTimer, &QTimer::timeout, this, [this] { m_gps.setGotoActive(false); });
     connect(&m_positionTimer, &QTimer::timeout, this, [this] {

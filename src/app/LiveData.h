@@ -102,7 +102,8 @@ public:
 
 signals:
     void vesselMoved();
-    void targetsChanged(); ///< at most ten times a second
+    void targetsChanged(); ///< the list; at most ten times a second
+    void targetsMoved(); ///< what the chart shows of them; the same
     void instrumentsChanged(); ///< the same
     void satellitesReceived();
     void trackSample(const kelvox::TrackSample& sample);
@@ -150,6 +151,7 @@ private:
     QTimer m_reopenTimer;
     QTimer m_instrumentsTimer;
     QTimer m_targetsTimer;
+    QTimer m_pictureTimer;
     QTimer m_positionTimer;
     QTimer m_ageTimer;
     QTimer m_gotoTimer;

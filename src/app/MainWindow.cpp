@@ -4,7 +4,6 @@
 #include "app/InstrumentColumn.h"
 #include "app/SettingsDialog.h"
 #include "app/Text.h"
-#include "app/VesselLayer.h"
 #include "app/panels/Panels.h"
 #include "navigation/NavMath.h"
 #include "navigation/ValueFormatters.h"
@@ -112,7 +111,6 @@ MainWindow::MainWindow(Program& program)
     buildRail();
     buildStatusLine();
 
-    m_layers.push_back(std::make_unique<VesselLayer>(program.live()));
     m_layers.push_back(std::make_unique<FurnitureLayer>([this] { m_chart->northUp(); }));
     addPanelsAndLayers(*this);
     for (SidePanel* panel : m_panels->panels()) {
@@ -138,8 +136,10 @@ MainWindow::MainWindow(Program& program)
     connect(m_chart, &ChartView::menuRequested, this, &MainWindow::showMenu);
     connect(m_chart, &ChartView::panned, this, [this] { setFollowing(false); });
     connectCharts();
-    connect(&program.live(), &LiveData::vesselMoved, this, &MainWindow::updateVessel);
-    connect(&program.live(), &LiveData::targetsChanged, m_chart, qOverload<>(&QWidget::update));
+    for (const auto signal :
+         {&LiveData::vesselMoved, &LiveData::staleChanged, &LiveData::connectionsChanged})
+        connect(&program.live(), signal, this, &MainWindow::updateVessel);
+    connect(&program.live(), &LiveData::targetsMoved, m_chart, qOverload<>(&QWidget::update));
     for (const auto signal :
          {&Program::waypointsChanged, &Program::routesChanged, &Program::tracksChanged,
           &Program::steeringChanged, &Program::weatherChanged})

@@ -21,7 +21,6 @@ namespace kelvox {
 
 class InstrumentColumn;
 class SettingsDialog;
-class VesselLayer;
 
 /// A chart window: the chart edge to edge, a slim bar above, a rail at the left, instruments at the
 /// right, a status line below. Several may be open on one program.

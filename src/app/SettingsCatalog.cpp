@@ -158,7 +158,13 @@ void addAlarms(std::vector<Item>& items)
     Group(items, "NSSettings.Alarms")
         .toggle("audio", true)
         .toggle("visual", true)
-        .words("alarmSound")
+        .choice("alarmSound",
+                {{std::string(), "NSNoSound"},
+                 {std::string("Buzz"), "NSTone.Buzz"},
+                 {std::string("Bell"), "NSTone.Bell"},
+                 {std::string("Siren"), "NSTone.Siren"},
+                 {std::string("Beep"), "NSTone.Beep"}},
+                std::string("Siren"))
         .number("anchorDragDistance", 0.05, 0, 100, 3)
         .number("waypointApproachDistance", 0.1, 0, 100, 2, "NM")
         .number("crossTrackDistance", 0.25, 0, 100, 2, "NM")
@@ -173,6 +179,13 @@ void addTraffic(std::vector<Item>& items)
         .toggle("showVesselNames", true)
         .toggle("showAISClassB", true)
         .number("aisVectorMinutes", 6, 0, 60, 0, "min");
+    Group(items, "NSSettings.Vessel")
+        .number("vesselLength", 0, 0, 1500, 1, "ft")
+        .number("vesselBeam", 0, 0, 300, 1, "ft")
+        .number("antennaFromBow", 0, 0, 1500, 1, "ft")
+        .number("antennaFromStarboard", 0, 0, 300, 1, "ft")
+        .number("vesselVectorMinutes", 6, 0, 120, 0, "min")
+        .toggle("showHeadingLine", true);
     Group(items, "NSSettings.Tracks")
         .toggle("recordTrack", true)
         .number("trackInterval", 30, 1, 3600, 0, "s")
@@ -265,7 +278,7 @@ void addState(std::vector<Item>& items)
     for (const char* key :
          {"window.geometry", "window.state", "chart.scale", "chart.latitude", "chart.longitude",
           "chart.rotation", "chart.follow", "chart.courseUp", "chart.places", "chart.demo",
-          "panel.*", "shortcut.*", "weather.file", "firstStart.*", "settings.group"})
+          "panel.*", "shortcut.*", "instruments.shown", "weather.file", "firstStart.*", "settings.group"})
         items.push_back({.key = key});
 }
 } // namespace

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "ais/AISPicture.h"
+#include "app/ChartLayer.h"
+
+#include <QHash>
+#include <QImage>
+
+#include <cstdint>
+
+namespace kelvox {
+
+/// Symbols and names of targets as ready images, each painted once for a look: thousands of targets
+/// then cost little more than copying small images. Main thread.
+class AisImages {
+public:
+    struct Look {
+        QColor line;
+        QColor fill;
+        QColor halo; ///< behind names
+        double scale = 1;
+        double pixelRatio = 1;
+    };
+
+    /// Everything that was painted for another look is dropped.
+    void setLook(const Look& look, const QFont& font);
+
+    /// Paints the symbol about the point of its antenna; not for hulls to scale.
+    void paintSymbol(QPainter& painter, const AISSymbol& symbol, QPointF at, const QColor& line);
+    /// The size of a name in widget pixels.
+    [[nodiscard]] QSizeF labelSize(const std::string& name);
+    void paintLabel(QPainter& painter, const std::string& name, QPointF topLeft);
+
+private:
+    [[nodiscard]] const QImage& symbolImage(const AISSymbol& symbol, const QColor& line);
+    [[nodiscard]] const QImage& labelImage(const std::string& name);
+
+    static constexpr qsizetype mostLabels = 20'000;
+
+    Look m_look;
+    QFont m_font;
+    QHash<std::uint64_t, QImage> m_symbols;
+    QHash<QByteArray, QImage> m_labels;
+};
+
+/// Which places of a view are taken by names already, so that they do not lie on each other.
+class LabelRoom {
+public:
+    LabelRoom(double width, double height);
+    /// Takes the rectangle when all of it is free.
+    [[nodiscard]] bool take(const QRectF& rectangle);
+
+private:
+    static constexpr double cell = 6; // widget pixels
+    int m_columns;
+    int m_rows;
+    std::vector<std::uint8_t> m_taken;
+};
+
+} // namespace kelvox
