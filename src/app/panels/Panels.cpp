@@ -1,5 +1,6 @@
 #include "app/panels/Panels.h"
 
+#include "app/ChartTools.h"
 #include "app/MainWindow.h"
 #include "app/panels/AlarmsPanel.h"
 
@@ -7,6 +8,7 @@ namespace kelvox {
 
 void addPanelsAndLayers(MainWindow& window)
 {
+    addChartTools(window); // weather, charts, display
     window.addPanel(new AlarmsPanel(window));
 }
 
