@@ -13,6 +13,7 @@ class QWidget;
 namespace kelvox {
 
 class ChartLayer;
+class ChartSet;
 class ChartView;
 class Commands;
 class SidePanel;
@@ -25,6 +26,7 @@ public:
     [[nodiscard]] virtual Program& program() = 0;
     [[nodiscard]] virtual ChartView& chart() = 0;
     [[nodiscard]] virtual Commands& commands() = 0;
+    [[nodiscard]] virtual ChartSet& charts() = 0;
     [[nodiscard]] virtual QWidget& window() = 0; ///< parent of dialogs
 
     /// Opens a panel, or brings it to the front where it floats. Null when there is none.
@@ -41,6 +43,10 @@ public:
     [[nodiscard]] virtual ChartLayer* tool() const = 0;
     /// Opens or imports what the files are: charts, exchange files, weather.
     virtual void openFiles(const std::vector<std::filesystem::path>& files) = 0;
+    /// The folders and files whose charts are shown, in place of the present ones; remembered.
+    virtual void setChartPlaces(const std::vector<std::filesystem::path>& places) = 0;
+    /// Opens the demo charts and lets the simulated vessel sail in them.
+    virtual void openDemo() = 0;
 };
 
 } // namespace kelvox

@@ -6,6 +6,7 @@
 
 #include <QPainter>
 #include <QString>
+#include <QTransform>
 
 #include <functional>
 #include <optional>
@@ -35,6 +36,10 @@ struct ChartItem {
     Position position;
     std::function<void()> open; ///< shows it in its panel
 };
+
+/// From the pixels of one picture of the chart to those of another: what moves, turns and scales an
+/// old picture into a new view.
+[[nodiscard]] QTransform moveBetween(const ViewFrame& from, const ViewFrame& to);
 
 /// Something painted over the chart that changes on its own: vessel, targets, routes, weather. The
 /// mouse is offered to layers from the topmost to the lowest before it moves the chart.

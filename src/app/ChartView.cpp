@@ -24,29 +24,6 @@ constexpr int holdTime = 600; ///< milliseconds of a press that asks for the men
 constexpr int touchSlop = 6; ///< widget pixels that a click may wander
 constexpr int glideStep = 16; ///< milliseconds
 
-QTransform toQTransform(const ViewFrame& from, const ViewFrame& to)
-{
-    // Three corners of the old picture pin the affine transform to the new one.
-    const auto middle = [](const ViewFrame& frame) {
-        return frame.placeOf({frame.width / 2.0, frame.height / 2.0}).x;
-    };
-    const double around = std::round(middle(to) - middle(from)); // one of them crossed 180°
-    const auto place = [&](double x, double y) {
-        SheetPlace there = from.placeOf({x, y});
-        there.x += around;
-        const Point p = to.pixelOf(there);
-        return QPointF(p.x, p.y);
-    };
-    const QPointF origin = place(0, 0);
-    const QPointF right = place(from.width, 0) - origin;
-    const QPointF down = place(0, from.height) - origin;
-    return {right.x() / from.width,
-            right.y() / from.width,
-            down.x() / from.height,
-            down.y() / from.height,
-            origin.x(),
-            origin.y()};
-}
 } // namespace
 
 ChartView::ChartView(WorkerPool& pool, QWidget* parent)
@@ -299,11 +276,13 @@ void ChartView::paintLayers(QPainter& painter, const ViewFrame& frame, const Por
         layer->paint(painter, frame, look);
         painter.restore();
     }
+    if (m_light < 1)
+        painter.fillRect(rect(), QColor::fromRgbF(0, 0, 0, static_cast<float>(1 - m_light)));
 }
 
 void ChartView::paintPicture(QPainter& painter, const ViewFrame& now) const
 {
-    const QTransform move = toQTransform(m_picture.frame, now);
+    const QTransform move = moveBetween(m_picture.frame, now);
     painter.scale(1 / now.pixelsPerPoint, 1 / now.pixelsPerPoint); // to device pixels
     if (m_picture.frame.view.scale() == now.view.scale()
         && m_picture.frame.view.rotate() == now.view.rotate()) {

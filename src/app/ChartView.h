@@ -32,6 +32,12 @@ public:
     void paintLayers(QPainter& painter, const ViewFrame& frame, const Portrayal& portrayal,
                      double scale) const;
     void setInterfaceScale(double scale) { m_interfaceScale = scale; }
+    /// Takes light out of all that is shown. @param light from 0 to 1
+    void setDimming(double light)
+    {
+        m_light = light;
+        update();
+    }
     /// Moves the chart so that the position stands in the middle.
     void centerOn(Position position);
     void setScale(int denominator); ///< about the middle
@@ -113,6 +119,7 @@ private:
 
     std::vector<ChartLayer*> m_layers;
     double m_interfaceScale = 1;
+    double m_light = 1;
     PictureMaker m_maker;
     std::shared_ptr<const ChartScene> m_scene;
     ChartPicture m_picture;

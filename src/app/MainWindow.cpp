@@ -1,10 +1,12 @@
 #include "app/MainWindow.h"
 
+#include "app/FirstStartCard.h"
 #include "app/FurnitureLayer.h"
 #include "app/InstrumentColumn.h"
 #include "app/SettingsDialog.h"
 #include "app/Text.h"
 #include "app/panels/Panels.h"
+#include "app/panels/WeatherPanel.h"
 #include "navigation/NavMath.h"
 #include "navigation/ValueFormatters.h"
 
@@ -105,6 +107,10 @@ MainWindow::MainWindow(Program& program)
     cardRows->addLayout(cardHeading);
     m_card->hide();
 
+    m_fileOpener.add(&isWeatherFile, [this](const FileOpener::Files& files) {
+        if (auto* panel = qobject_cast<WeatherPanel*>(openPanel(QStringLiteral("weather"))))
+            panel->open(files.back());
+    });
     m_fileOpener.setFallback([this](const FileOpener::Files& files) { open(files); });
     buildCommands();
     buildTopBar();
@@ -113,6 +119,8 @@ MainWindow::MainWindow(Program& program)
 
     m_layers.push_back(std::make_unique<FurnitureLayer>([this] { m_chart->northUp(); }));
     addPanelsAndLayers(*this);
+    m_panels->arrange({"gps", "instruments", "ais", "waypoints", "routes", "tracks", "weather",
+                       "charts", "display", "connections", "devices", "alarms"});
     for (SidePanel* panel : m_panels->panels()) {
         auto* button = makeButton(m_rail, QStringLiteral("rail.") + panel->name());
         button->setCheckable(true);
@@ -246,7 +254,17 @@ void MainWindow::settingChanged(const QString& key)
 {
     if (key.startsWith(QLatin1String("show")) || key == QLatin1String("largeText"))
         updateScene();
+    if (key == QLatin1String("simplifiedSymbols"))
+        chooseSymbols();
     m_chart->update();
+}
+
+void MainWindow::chooseSymbols()
+{
+    m_charts.changeSymbols([this] {
+        m_program.library().setSymbols(false, !m_program.settings().boolean("simplifiedSymbols"));
+    });
+    updateScene();
 }
 
 void MainWindow::buildTopBar()
@@ -359,6 +377,7 @@ void MainWindow::restyle()
     m_note->setMargin(theme.px(12));
     m_card->layout()->setContentsMargins(theme.px(12), theme.px(4), theme.px(4), theme.px(12));
     m_chart->setInterfaceScale(theme.scale());
+    m_chart->setDimming(m_program.settings().number("dimming", 1));
     m_panels->restyle();
     m_banner->restyle();
     m_scene.portrayal = m_program.presentation().portrayal();
@@ -477,6 +496,46 @@ void MainWindow::openFiles(const std::vector<std::filesystem::path>& files)
     m_fileOpener.open(files);
 }
 
+void MainWindow::setChartPlaces(const std::vector<std::filesystem::path>& places)
+{
+    m_charts.setPlaces(places);
+    m_remembersCharts = true;
+    rememberCharts();
+}
+
+void MainWindow::setSearch(QWidget* search)
+{
+    auto* row = static_cast<QHBoxLayout*>(m_topBar->layout());
+    constexpr int middle = 3; // between the two stretches
+    search->setMaximumWidth(Theme::theme().px(420));
+    row->insertWidget(middle, search, 2);
+}
+
+void MainWindow::offerRestore(const std::filesystem::path& report)
+{
+    auto* box = new QWidget;
+    auto* rows = new QVBoxLayout(box);
+    rows->setContentsMargins(0, 0, Theme::theme().px(8), 0);
+    auto* words = new QLabel(text("NSCrashed", {QString::fromStdString(report.string())}), box);
+    words->setWordWrap(true);
+    rows->addWidget(words);
+    const auto addButton = [&](const char* key, auto run) {
+        auto* button = new QPushButton(text(key), box);
+        button->setMinimumHeight(Theme::theme().px(40));
+        connect(button, &QPushButton::clicked, this, [this, run] {
+            showCard({}, nullptr);
+            run();
+        });
+        rows->addWidget(button);
+    };
+    addButton("NSRestoreView", [this] {
+        if (!openRemembered())
+            openDemo();
+    });
+    addButton("NSStartAfresh", [this] { openDemo(); });
+    showCard(text("NSCrashTitle"), box);
+}
+
 void MainWindow::showMenu(const ChartPointer& pointer)
 {
     QMenu menu(this);
@@ -537,6 +596,8 @@ void MainWindow::openDemo()
     setFollowing(true);
     if (const auto started = m_program.live().simulate(resources / "simulation.json"); !started)
         showNote(QString::fromStdString(started.error().message));
+    if (FirstStartCard::isWanted(m_program.settings()))
+        showCard(text("NSWelcome"), new FirstStartCard(*this));
 }
 
 void MainWindow::setFollowing(bool on)
@@ -623,6 +684,8 @@ void MainWindow::connectCharts()
             choose();
     });
     choose();
+    if (m_program.settings().boolean("simplifiedSymbols"))
+        chooseSymbols();
 }
 
 void MainWindow::chartsFound()
@@ -659,8 +722,10 @@ bool MainWindow::openRemembered()
     const Settings& settings = m_program.settings();
     if (settings.find("chart.scale")) {
         m_chart->setScale(static_cast<int>(settings.integer("chart.scale")));
+        m_chart->setRotation(settings.number("chart.rotation"));
         m_chart->centerOn({.longitude = settings.number("chart.longitude"),
                            .latitude = settings.number("chart.latitude")});
+        setFollowing(settings.boolean("chart.follow"));
     } else {
         m_fitWhenLoaded = true;
     }

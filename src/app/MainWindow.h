@@ -32,14 +32,16 @@ public:
 
     /// Opens cells, folders and catalogues in addition to those shown.
     void open(const std::vector<std::filesystem::path>& paths);
-    /// Opens the demo charts and lets the simulated vessel sail in them.
-    void openDemo();
+    void openDemo() override;
+    /// The last start ended in a crash: says so and offers what was open then.
+    void offerRestore(const std::filesystem::path& report);
     /// Opens what was open when the program was left. False when that was nothing.
     bool openRemembered();
 
     [[nodiscard]] Program& program() override { return m_program; }
     [[nodiscard]] ChartView& chart() override { return *m_chart; }
     [[nodiscard]] Commands& commands() override { return m_commands; }
+    [[nodiscard]] ChartSet& charts() override { return m_charts; }
     [[nodiscard]] QWidget& window() override { return *this; }
     SidePanel* openPanel(const QString& name) override;
     void showPosition(Position position) override;
@@ -48,6 +50,10 @@ public:
     void setTool(ChartLayer* tool) override;
     [[nodiscard]] ChartLayer* tool() const override { return m_tool; }
     void openFiles(const std::vector<std::filesystem::path>& files) override;
+    void setChartPlaces(const std::vector<std::filesystem::path>& places) override;
+    [[nodiscard]] bool isPanelOpen(const QString& name) const { return m_panels->isOpen(name); }
+    /// The field in the middle of the upper bar.
+    void setSearch(QWidget* search);
 
     /// A layer above those there are; the window owns it.
     void addLayer(std::unique_ptr<ChartLayer> layer);
@@ -72,6 +78,7 @@ private:
     /// @param group by its text key; empty for the one shown last
     void showSettings(const std::string& group);
     void settingChanged(const QString& key);
+    void chooseSymbols(); ///< paper chart or simplified, as the settings say
     void restoreView();
     void rememberView();
 

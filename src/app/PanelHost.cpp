@@ -55,6 +55,15 @@ void PanelHost::add(SidePanel* panel)
     m_panels.push_back(panel);
 }
 
+void PanelHost::arrange(const QStringList& names)
+{
+    const auto place = [&](const SidePanel* panel) {
+        const auto at = names.indexOf(panel->name());
+        return at < 0 ? names.size() : at;
+    };
+    std::ranges::stable_sort(m_panels, {}, place);
+}
+
 SidePanel* PanelHost::panel(const QString& name) const
 {
     const auto it = std::ranges::find_if(m_panels, [&](SidePanel* p) { return p->name() == name; });

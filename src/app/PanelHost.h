@@ -23,6 +23,8 @@ public:
     PanelHost(QMainWindow& window, QWidget& area, Settings& settings);
 
     void add(SidePanel* panel);
+    /// The order of panels(), by name; others come last.
+    void arrange(const QStringList& names);
     [[nodiscard]] SidePanel* panel(const QString& name) const;
     [[nodiscard]] const std::vector<SidePanel*>& panels() const { return m_panels; }
     /// Beside the rail, or where it was torn off to.

@@ -1,15 +1,16 @@
 // kelvox: the chart plotter.
 
+#include "app/Application.h"
+#include "app/CrashReport.h"
 #include "app/MainWindow.h"
 #include "app/Text.h"
 #include "base/Folders.h"
 
-#include <QApplication>
 #include <QCommandLineParser>
 
 int main(int argc, char** argv)
 {
-    QApplication application(argc, argv);
+    kelvox::Application application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Kelvox"));
     QApplication::setApplicationVersion(QStringLiteral(KELVOX_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("kelvox"));
@@ -28,7 +29,13 @@ int main(int argc, char** argv)
         qWarning("%s", language.error().message.c_str());
     kelvox::S52Model::setFolders(
         {kelvox::folders::applicationResources(), kelvox::folders::userData()});
-    kelvox::Program program(kelvox::Program::Places::ofUser());
+    const auto places = kelvox::Program::Places::ofUser();
+    const auto crash = kelvox::CrashReport::takeLast(places.state);
+    kelvox::CrashReport::install(places.state, "Kelvox " KELVOX_VERSION);
+    kelvox::Program program(places);
+    if (const auto chosen = program.settings().text("language"); !chosen.empty())
+        if (const auto taken = kelvox::setTextLanguage(QString::fromStdString(chosen)); !taken)
+            qWarning("%s", taken.error().message.c_str());
     kelvox::MainWindow window(program);
     window.show();
 
@@ -37,6 +44,8 @@ int main(int argc, char** argv)
         charts.emplace_back(name.toStdString());
     if (!charts.empty())
         window.openFiles(charts);
+    else if (crash)
+        window.offerRestore(*crash);
     else if (!window.openRemembered())
         window.openDemo();
     return QApplication::exec();

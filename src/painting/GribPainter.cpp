@@ -4,6 +4,7 @@
 
 #include <QPainterPath>
 
+#include <algorithm>
 #include <numbers>
 
 namespace kelvox {
@@ -21,9 +22,16 @@ QPainterPath toPainterPath(const Path& path)
     return result;
 }
 
-QColor toQColor(const GribColor& color)
+/// The colours are chosen for paper; on a dark chart their lightness is turned over, and kept low
+/// enough for eyes that are used to the night.
+QColor toQColor(const GribColor& color, DisplayColor paper)
 {
-    return {color.red, color.green, color.blue};
+    constexpr double dark = 0.4;
+    const QColor ink(color.red, color.green, color.blue);
+    if (kelvox::toQColor(paper).lightnessF() > dark)
+        return ink;
+    return QColor::fromHslF(ink.hslHueF(), ink.hslSaturationF() * 0.7F,
+                            std::clamp(1 - ink.lightnessF(), 0.3F, 0.5F));
 }
 
 void paintLabel(QPainter& painter, const GribLabel& label, DisplayColor paper)
@@ -40,7 +48,7 @@ void paintLabel(QPainter& painter, const GribLabel& label, DisplayColor paper)
     painter.rotate(label.angle * 180 / std::numbers::pi);
     painter.strokePath(
         letters, QPen(kelvox::toQColor(paper), 3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    painter.fillPath(letters, toQColor(label.color));
+    painter.fillPath(letters, toQColor(label.color, paper));
     painter.restore();
 }
 } // namespace
@@ -62,11 +70,11 @@ void paintGrib(QPainter& painter, const GribController& weather, const ViewFrame
     painter.setRenderHint(QPainter::Antialiasing);
     painter.scale(scale, scale);
     for (const GribFill& fill : drawing.fills)
-        painter.fillPath(toPainterPath(fill.path), toQColor(fill.color));
+        painter.fillPath(toPainterPath(fill.path), toQColor(fill.color, paper));
     for (const GribStroke& stroke : drawing.strokes)
-        painter.strokePath(
-            toPainterPath(stroke.path),
-            QPen(toQColor(stroke.color), stroke.width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter.strokePath(toPainterPath(stroke.path),
+                           QPen(toQColor(stroke.color, paper), stroke.width, Qt::SolidLine,
+                                Qt::RoundCap, Qt::RoundJoin));
     for (const GribLabel& label : drawing.labels)
         paintLabel(painter, label, paper);
     painter.restore();

@@ -178,6 +178,18 @@ void GribModel::closeGrib()
     m_viewed = {};
 }
 
+void GribModel::adopt(GribModel&& other)
+{
+    m_fileName = std::move(other.m_fileName);
+    m_points = std::move(other.m_points); // they point into the nodes of the map, which stay
+    m_grids = std::move(other.m_grids);
+    m_skipped = std::move(other.m_skipped);
+    m_ignored = std::move(other.m_ignored);
+    m_messages = other.m_messages;
+    m_viewed = other.m_viewed;
+    other.closeGrib();
+}
+
 GribPoints& GribModel::pointsFor(const GribGrid& grid, GribTime date)
 {
     const Key key{.date = date,

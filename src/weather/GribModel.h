@@ -49,6 +49,8 @@ public:
     [[nodiscard]] Result<void> loadGrib(const std::filesystem::path& path);
     [[nodiscard]] Result<void> loadBytes(std::span<const char> bytes, const std::string& name);
     void closeGrib();
+    /// Takes over what another model has read, e.g. on a worker; settings and units stay.
+    void adopt(GribModel&& other);
 
     [[nodiscard]] const std::string& fileName() const { return m_fileName; }
     /// By forecast date; among one date the finer grid first.

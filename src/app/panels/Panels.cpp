@@ -1,6 +1,7 @@
 #include "app/panels/Panels.h"
 
 #include "app/AisLayer.h"
+#include "app/ChartTools.h"
 #include "app/InstrumentColumn.h"
 #include "app/MainWindow.h"
 #include "app/Text.h"
@@ -87,6 +88,7 @@ void addLiveCommands(MainWindow& window)
 
 void addPanelsAndLayers(MainWindow& window)
 {
+    addChartTools(window); // its layers lie lowest
     NavActions& navigation = addNavigation(window);
     addLiveLayers(window);
     addLiveCommands(window);
