@@ -30,6 +30,5 @@ private:
     int m_level = -1; ///< of the event loop whose event is measured; -1 for none
     int m_innerEvents = 0; ///< counts up with each event of a loop within a measured event
 };
-};
 
 } // namespace kelvox

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/ChartHost.h"
+#include "base/Settings.h"
 
 #include <QWidget>
 
