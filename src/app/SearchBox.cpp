@@ -34,11 +34,11 @@ SearchBox::SearchBox(ChartHost& host, PickLayer& picks, QWidget* parent)
     , m_list(new QListWidget(&host.window()))
 {
     setObjectName(QStringLiteral("searchBox"));
-    setPlaceholderText(text("NSSearchPlaceholder"));
-    setAccessibleName(text("NSSearchPlaceholder"));
+    setPlaceholderText(kelvox::text("NSSearchPlaceholder"));
+    setAccessibleName(kelvox::text("NSSearchPlaceholder"));
     setClearButtonEnabled(true);
     m_list->setObjectName(QStringLiteral("card"));
-    m_list->setAccessibleName(text("NSSearchResults"));
+    m_list->setAccessibleName(kelvox::text("NSSearchResults"));
     m_list->setFocusPolicy(Qt::NoFocus); // the keys stay with the text
     m_list->setAutoFillBackground(true);
     m_list->hide();
@@ -80,7 +80,7 @@ void SearchBox::addVessels(std::vector<Result>& results, const QString& words) c
         const Position at = target->positionOnGPS();
         results.push_back(
             {.name = QString::fromStdString(target->name()),
-             .detail = text("NSVessel") + QStringLiteral(" · ") + awayText(middle, at),
+             .detail = kelvox::text("NSVessel") + QStringLiteral(" · ") + awayText(middle, at),
              .icon = QStringLiteral("ais"),
              .position = at,
              .open = {}});
@@ -99,7 +99,7 @@ void SearchBox::addWaypoints(std::vector<Result>& results, const QString& words)
             continue;
         ++count;
         results.push_back({.name = QString::fromStdString(waypoint->name),
-                           .detail = text("NSWaypoint") + QStringLiteral(" · ")
+                           .detail = kelvox::text("NSWaypoint") + QStringLiteral(" · ")
                                + awayText(middle, waypoint->positionOnGPS()),
                            .icon = QStringLiteral("waypoint"),
                            .position = waypoint->positionOnGPS(),
@@ -120,7 +120,7 @@ void SearchBox::addCharts(std::vector<Result>& results, const QString& words) co
         results.push_back(
             {.name = QString::fromStdString(chart->name),
              .detail =
-                 text("NSChart") + QStringLiteral(" · ") + QString::fromStdString(chart->title),
+                 kelvox::text("NSChart") + QStringLiteral(" · ") + QString::fromStdString(chart->title),
              .icon = QStringLiteral("charts"),
              .position = std::nullopt,
              .open = [this, bounds = chart->bounds] { m_host.chart().showBounds(bounds); }});
@@ -158,7 +158,7 @@ std::vector<SearchBox::Result> SearchBox::find(const QString& words) const
             + NSPositionFormatter(NSPositionFormatter::Longitude, strings)
                   .stringForObjectValue(position->longitude);
         results.push_back({.name = QString::fromStdString(name),
-                           .detail = text("NSPosition"),
+                           .detail = kelvox::text("NSPosition"),
                            .icon = QStringLiteral("goto"),
                            .position = position,
                            .open = {}});
