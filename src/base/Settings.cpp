@@ -3,7 +3,6 @@
 #include <charconv>
 #include <cmath>
 #include <type_traits>
-#include <utility>
 
 namespace kelvox {
 
@@ -61,7 +60,9 @@ std::string Settings::text(std::string_view key, std::string fallback) const
 {
     const Value* value = find(key);
     const auto* words = value ? std::get_if<std::string>(value) : nullptr;
-    return words ? *words : std::move(fallback);
+    if (words)
+        fallback = *words;
+    return fallback;
 }
 
 const Settings::Value* MemorySettings::find(std::string_view key) const

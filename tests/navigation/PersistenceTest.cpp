@@ -82,12 +82,14 @@ TEST(Persistence, KeepsEveryFieldAndIsReadableToTheLibrary)
         ASSERT_TRUE(scene.save());
         EXPECT_FALSE(scene.waypoints.isChanged());
     }
-    Scene again(folder.path());
-    EXPECT_EQ(again.dump(), before);
-    EXPECT_EQ(again.waypointReport.recovered, 0U);
-    EXPECT_EQ(Scene::through(*again.routes.route(0)), "A & <B> \"C\" A & <B>");
-    EXPECT_EQ(again.waypoints.waypointFromName("A & <B>")->description,
-              "two\nlines\tand   a bell, Latin-1 \u00E6 and \u00E6");
+    {
+        Scene again(folder.path());
+        EXPECT_EQ(again.dump(), before);
+        EXPECT_EQ(again.waypointReport.recovered, 0U);
+        EXPECT_EQ(Scene::through(*again.routes.route(0)), "A & <B> \"C\" A & <B>");
+        EXPECT_EQ(again.waypoints.waypointFromName("A & <B>")->description,
+                  "two\nlines\tand   a bell, Latin-1 \u00E6 and \u00E6");
+    }
 
     // Another reader of property lists finds the same form, and its binary form reads back.
     for (const char* name : {"waypoints.plist", "routes.plist", "tracks.plist"}) {
