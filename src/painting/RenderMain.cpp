@@ -153,7 +153,8 @@ std::optional<PortrayalSettings> parseSettings(const std::vector<std::string>& a
     return PortrayalSettings::fromSettings(settings);
 }
 
-int render(const Options& options, const PortrayalSettings& settings, PictureSize size, const std::optional<Position>& center)
+int render(const Options& options, const PortrayalSettings& settings, PictureSize size,
+           const std::optional<Position>& center)
 {
     WorkerPool pool(std::max(std::thread::hardware_concurrency(), 2U) - 1);
     std::vector<Error> problems;

@@ -26,13 +26,25 @@ class NoCanvas final : public Canvas {
     void placeText(const TextFigure& /*figure*/, Point /*at*/) override { }
 };
 
-/// Whether one feature is hit, and how near.
+/// Which features are hit, and how near.
 class Probe final : public HitSink {
 public:
+    struct Found {
+        std::uint32_t feature = 0;
+        double distance = std::numeric_limits<double>::infinity();
+        std::optional<CellGeometry::Sounding> sounding;
+    };
+
     Probe(Point click, double reach)
         : m_click(click)
         , m_reach(reach)
     {
+    }
+    void beginFeature(std::uint32_t index) override
+    {
+        if (m_found.empty() || std::isfinite(m_found.back().distance))
+            m_found.emplace_back();
+        m_found.back().feature = index;
     }
     void hitPath(const Path& outline, bool isArea) override
     {
@@ -49,26 +61,31 @@ public:
     void hitSounding(const CellGeometry::Sounding& sounding, const Rect& box) override
     {
         const double distance = distanceTo(box.center());
-        if (!box.contains(m_click) || (m_sounding && distance >= m_distance))
+        if (!box.contains(m_click) || distance >= m_found.back().distance)
             return;
-        m_sounding = sounding;
-        m_distance = distance;
+        m_found.back().sounding = sounding;
+        m_found.back().distance = distance;
     }
-    [[nodiscard]] bool isHit() const { return std::isfinite(m_distance); }
-    [[nodiscard]] double distance() const { return m_distance; }
-    [[nodiscard]] const auto& sounding() const { return m_sounding; }
+    [[nodiscard]] std::vector<Found> take()
+    {
+        if (!m_found.empty() && !std::isfinite(m_found.back().distance))
+            m_found.pop_back();
+        return std::move(m_found);
+    }
 
 private:
     [[nodiscard]] double distanceTo(Point p) const
     {
         return std::hypot(p.x - m_click.x, p.y - m_click.y);
     }
-    void note(double distance) { m_distance = std::min(m_distance, distance); }
+    void note(double distance)
+    {
+        m_found.back().distance = std::min(m_found.back().distance, distance);
+    }
 
     Point m_click;
     double m_reach;
-    double m_distance = std::numeric_limits<double>::infinity();
-    std::optional<CellGeometry::Sounding> m_sounding;
+    std::vector<Found> m_found;
 };
 
 ChartPick::Kind kindOf(const S57Feature& feature)
@@ -112,7 +129,10 @@ std::string utf8(std::string_view text)
     std::size_t i = 0;
     while (i < text.size()) {
         const auto c = static_cast<unsigned char>(text[i]);
-        const std::size_t more = c < 0x80 ? 0 : c >= 0xC2 && c < 0xE0 ? 1 : c >= 0xE0 && c < 0xF0 ? 2 : 9;
+        const std::size_t more = c < 0x80 ? 0
+            : c >= 0xC2 && c < 0xE0       ? 1
+            : c >= 0xE0 && c < 0xF0       ? 2
+                                          : 9;
         std::size_t k = 1;
         while (k <= more && i + k < text.size()
                && (static_cast<unsigned char>(text[i + k]) & 0xC0U) == 0x80)
@@ -164,35 +184,41 @@ ChartPick::at(std::span<const std::shared_ptr<const CellGeometry>> cells,
             const Rect shifted{box.left - shift, box.bottom, box.right - shift, box.top};
             if (!geometry->bounds().intersects(shifted))
                 continue;
-            const auto found = geometry->featuresIn(shifted);
+            auto found = geometry->featuresIn(shifted);
             for (auto& waters : coveredWaters(*geometry, found, small, shift, reach))
                 covered.push_back(std::move(waters));
             const auto finer = std::span(covered).first(above);
             const bool hidden = std::ranges::any_of(
                 finer, [&](const CoveredWaters& waters) { return waters.contains(click); });
-            for (const std::uint32_t index : found) {
-                const S57Feature& feature = *geometry->cell().s57Features()[index];
-                const Kind kind = kindOf(feature);
-                if (hidden && kind != Kind::Mark)
-                    continue; // the ground of the cell above lies over it
-                Probe probe(click, nearEnough * scale);
-                render.drawFeatures({.geometry = *geometry,
-                                     .features = std::span(&index, 1),
-                                     .cellRank = static_cast<std::uint32_t>(rank),
-                                     .longitudeShift = shift,
-                                     .covered = finer,
-                                     .textBox = around},
-                                    {nothing, nothing, texts, &probe});
-                if (!probe.isHit())
-                    continue;
-                const Rect bounds = geometry->bounds(index);
+            // Only what reaches the click, and what has a symbol near enough to reach it.
+            Rect near = small.coveredBox(nearEnough * scale);
+            near.left -= shift;
+            near.right -= shift;
+            std::erase_if(found, [&](std::uint32_t index) {
+                const bool isMark = kindOf(*geometry->cell().s57Features()[index]) == Kind::Mark;
+                if (hidden && !isMark)
+                    return true; // the ground of the cell above lies over it
+                const auto anchor = geometry->anchor(index);
+                return !geometry->bounds(index).intersects(near)
+                    && !(anchor && shifted.contains(*anchor));
+            });
+            Probe probe(click, nearEnough * scale);
+            render.drawFeatures({.geometry = *geometry,
+                                 .features = found,
+                                 .cellRank = static_cast<std::uint32_t>(rank),
+                                 .longitudeShift = shift,
+                                 .covered = finer,
+                                 .textBox = around},
+                                {nothing, nothing, texts, &probe});
+            for (const Probe::Found& hit : probe.take()) {
+                const Rect bounds = geometry->bounds(hit.feature);
                 hits.push_back({.cell = geometry,
-                                .feature = index,
+                                .feature = hit.feature,
                                 .cellRank = rank,
-                                .kind = kind,
-                                .distance = probe.distance(),
+                                .kind = kindOf(*geometry->cell().s57Features()[hit.feature]),
+                                .distance = hit.distance,
                                 .size = bounds.width() * bounds.height(),
-                                .sounding = probe.sounding()});
+                                .sounding = hit.sounding});
             }
         }
     }
@@ -228,8 +254,7 @@ ChartPick::Description ChartPick::describe(const Hit& hit, const RenderSettings&
         result.position = Position{place->longitude, place->latitude};
     if (hit.sounding) {
         const double latitude = std::atan(std::sinh(static_cast<double>(hit.sounding->ordinate)));
-        result.position =
-            Position{hit.sounding->longitude, latitude * 180 / std::numbers::pi};
+        result.position = Position{hit.sounding->longitude, latitude * 180 / std::numbers::pi};
         const std::string metres = fmt::format("{:.2f}", hit.sounding->depth);
         result.attributes.push_back(
             {s57attribute::VALSOU, "VALSOU",

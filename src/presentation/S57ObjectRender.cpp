@@ -130,6 +130,8 @@ void S57ObjectRender::drawFeatures(const Portion& portion, const Target& target)
         const bool covered = isCovered(portion, at);
         if (covered && isPoint && feature.objectCode() != s57class::SOUNDG)
             continue;
+        if (target.hits)
+            target.hits->beginFeature(index);
         drawObject({.geometry = geometry,
                     .index = index,
                     .feature = feature,
@@ -167,10 +169,10 @@ void S57ObjectRender::strokeOutline(const Parameter& p, const Stroke& stroke) co
         if (stroke.pattern == LinePattern::Solid)
             p.canvas.strokeLine(p.line(), stroke);
         else
-            p.canvas.strokeLine(p.paths.dashedPath(p.geometry, p.index,
-                                                   dashesOf(stroke.pattern)
-                                                       .scaled(m_frame.pixelsPerPoint)),
-                                stroke);
+            p.canvas.strokeLine(
+                p.paths.dashedPath(p.geometry, p.index,
+                                   dashesOf(stroke.pattern).scaled(m_frame.pixelsPerPoint)),
+                stroke);
     }
     hitOutline(p);
 }

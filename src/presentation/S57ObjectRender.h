@@ -49,6 +49,8 @@ struct CoveredWaters {
 class HitSink {
 public:
     virtual ~HitSink() = default;
+    /// All that follows belongs to this feature of the cell.
+    virtual void beginFeature(std::uint32_t index) = 0;
     /// The outline of a feature; the inside belongs to it when it is an area.
     virtual void hitPath(const Path& outline, bool isArea) = 0;
     /// The space of a symbol or a text.

@@ -364,7 +364,9 @@ TEST_F(Portrayed, EverySettingChangesTheDrawing)
     const Steps usual = drawing(nullptr, nullptr);
     for (const auto& key : PortrayalSettings::keys) {
         const bool isOnFromTheStart = key.name.starts_with("show") && key.name != "showAtAllScales";
-        const char* other = key.name == "waterDepthUnits" ? "2" : isOnFromTheStart ? "false" : "true";
+        const char* other = key.name == "waterDepthUnits" ? "2"
+            : isOnFromTheStart                            ? "false"
+                                                          : "true";
         EXPECT_NE(drawing(key.name.data(), other), usual) << key.name;
     }
     EXPECT_EQ(drawing("waterDepthUnits", "1"), usual);

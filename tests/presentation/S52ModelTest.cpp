@@ -115,11 +115,10 @@ TEST(S52Model, TellsWhichNamesTheProgramAndTheLibraryDoNotShare)
 TEST(S52Model, TellsInSentencesWhatWillNotBeDrawn)
 {
     using Kind = S52UnknownName::Kind;
-    const LoadedModel model(
-        lookUp({"COLOUR3", "NOSUCH1"}, "CS(LIGHTS06);ZZ(BOYLAT14);SY(NOSUCH01)")
-        + module({field("LUPT", "LU00008NILNOCLASP00008OLINES"), field("ATTC", ""),
-                  field("INST", "SY(BOYLAT14)")})
-        + symbol("BOYLAT14", "SPA"));
+    const LoadedModel model(lookUp({"COLOUR3", "NOSUCH1"}, "CS(LIGHTS06);ZZ(BOYLAT14);SY(NOSUCH01)")
+                            + module({field("LUPT", "LU00008NILNOCLASP00008OLINES"),
+                                      field("ATTC", ""), field("INST", "SY(BOYLAT14)")})
+                            + symbol("BOYLAT14", "SPA"));
     EXPECT_TRUE(reports(model, Kind::Attribute, "NOSUCH", "BOYLAT"));
     EXPECT_FALSE(reports(model, Kind::Attribute, "COLOUR", "BOYLAT"));
     EXPECT_TRUE(reports(model, Kind::Instruction, "ZZ", "BOYLAT"));
