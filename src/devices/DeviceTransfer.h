@@ -24,11 +24,11 @@ enum class DeviceType { Garmin = 0, NMEA = 1, SiRF = 2, Magellan = 3, Furuno = 4
 struct DeviceJob {
     enum class Direction { Identify, Receive, Send };
     DeviceType type = DeviceType::Garmin;
-    std::string port; ///< as in the GPS settings
-    std::string rate;
+    std::string port = {}; ///< as in the GPS settings
+    std::string rate = {};
     Serial::FlowControl flow = Serial::FlowControl::None;
     Direction direction = Direction::Receive;
-    ExchangeKinds kinds;
+    ExchangeKinds kinds = {};
     ExchangeRecords records = {}; ///< to be sent
 };
 

@@ -59,6 +59,7 @@ Result<void> Garmin::getIdent()
     setIdent({});
     m_capabilities = {};
     Error lastError;
+    int silences = 0;
     for (int attempt = 0; attempt < timing().attempts; ++attempt) {
         if (attempt > 0)
             startAfresh();
@@ -74,15 +75,19 @@ Result<void> Garmin::getIdent()
             readIdentity(*data);
             acknowledge(Id::ProductData);
             data = awaitProtocolArray();
-            if (data)
+            if (data) {
                 m_capabilities = GarminCapabilities(*data);
-            if (data || data.error().code == Error::Code::Truncated)
                 return {};
+            }
+            silences += data.error().code == Error::Code::Truncated ? 1 : 0;
         }
         lastError = std::move(data.error());
         if (lastError.code == Error::Code::CannotOpen || lastError.code == Error::Code::Cancelled)
             break;
     }
+    // Only silence each time tells an old receiver from an array that was lost on its way.
+    if (silences == timing().attempts)
+        return {};
     return tl::unexpected(std::move(lastError));
 }
 

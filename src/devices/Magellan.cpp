@@ -21,7 +21,6 @@ using Kind = TransferProgress::Kind;
 // The maker's figures for the hand-shake.
 constexpr double acknowledgeSeconds = 2;
 constexpr double versionSeconds = 6;
-constexpr int handShakeAttempts = 5;
 constexpr std::size_t longestSentence = 82; // with checksum and line end
 constexpr std::size_t checksumAndEnd = 5;
 constexpr std::size_t mostWaiting = 64;
@@ -135,27 +134,42 @@ Result<void> Magellan::startPrivate()
     setIdent({});
     forgetLines();
     serialPort().flush();
-    if (!write("$PMGNCMD,HANDON"))
-        return gone();
+    // Nothing answers the first sentence, so it goes again with each try of the second.
     m_handShake = HandShake::On;
-    if (auto sent = sendAcknowledged("$PMGNCMD,NMEAOFF", acknowledgeSeconds); !sent)
-        return sent;
-    if (auto sent = sendAcknowledged("$PMGNCMD,VERSION", versionSeconds); !sent)
-        return sent;
-    const double deadline = deadlineIn(versionSeconds);
-    for (;;) {
-        const auto sentence = readOwn(deadline);
-        if (!sentence && sentence.error().code == Error::Code::BadSyntax)
-            continue; // not acknowledged, so it comes again
-        if (!sentence)
-            return tl::unexpected(sentence.error());
-        if (!sentence->starts_with("$PMGNVER"))
-            continue;
-        const NmeaFields fields(*sentence);
-        m_family = Family::ofProduct(NMEA::integer(fields[1]));
-        setIdent(textFromDevice(fields[3]));
-        return {};
+    Result<void> begun;
+    for (int attempt = 0; attempt < handShakeAttempts; ++attempt) {
+        if (!write("$PMGNCMD,HANDON"))
+            return gone();
+        begun = sendAcknowledged("$PMGNCMD,NMEAOFF", acknowledgeSeconds, 1);
+        if (begun)
+            return getIdent();
+        if (begun.error().code != Error::Code::Truncated)
+            break;
     }
+    return begun;
+}
+
+Result<void> Magellan::getIdent()
+{
+    Error lastError;
+    for (int attempt = 0; attempt < timing().attempts; ++attempt) {
+        if (auto sent = sendAcknowledged("$PMGNCMD,VERSION", versionSeconds); !sent)
+            return sent;
+        const double deadline = deadlineIn(acknowledgeSeconds);
+        auto sentence = readOwn(deadline);
+        while (sentence && !sentence->starts_with("$PMGNVER"))
+            sentence = readOwn(deadline);
+        if (sentence) {
+            const NmeaFields fields(*sentence);
+            m_family = Family::ofProduct(NMEA::integer(fields[1]));
+            setIdent(textFromDevice(fields[3]));
+            return {};
+        }
+        lastError = std::move(sentence.error());
+        if (lastError.code == Error::Code::CannotOpen || lastError.code == Error::Code::Cancelled)
+            break;
+    }
+    return tl::unexpected(std::move(lastError));
 }
 
 void Magellan::stopPrivate()
@@ -193,10 +207,11 @@ Result<std::string> Magellan::readOwn(double deadline)
     }
 }
 
-Result<void> Magellan::sendAcknowledged(std::string_view sentence, double firstAnswer)
+Result<void> Magellan::sendAcknowledged(std::string_view sentence, double firstAnswer,
+                                        int attempts)
 {
     const auto wanted = fmt::format("{:02X}", sentenceChecksum(sentence));
-    for (int attempt = 0; attempt < handShakeAttempts; ++attempt) {
+    for (int attempt = 0; attempt < attempts; ++attempt) {
         if (isStopped())
             return cancelled();
         if (!write(sentence))

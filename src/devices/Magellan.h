@@ -46,6 +46,7 @@ private:
                                               ExchangeRecords& records) override;
     [[nodiscard]] Result<void> sendRecords(const ExchangeRecords& records) override;
 
+    [[nodiscard]] Result<void> getIdent();
     [[nodiscard]] Result<std::vector<Waypoint>> receiveWaypoints();
     [[nodiscard]] Result<RouteParts> receiveRoutes();
     [[nodiscard]] Result<std::vector<Track>> receiveTracks();
@@ -55,8 +56,10 @@ private:
                                            TransferProgress::Kind progressKind, const Begin& begin,
                                            const Take& take);
     [[nodiscard]] bool write(std::string_view sentence);
-    /// Sends until the receiver has answered with the checksum, up to five times.
-    [[nodiscard]] Result<void> sendAcknowledged(std::string_view sentence, double firstAnswer);
+    static constexpr int handShakeAttempts = 5; ///< the maker's figure
+    /// Sends until the receiver has answered with the checksum.
+    [[nodiscard]] Result<void> sendAcknowledged(std::string_view sentence, double firstAnswer,
+                                                int attempts = handShakeAttempts);
     /// The next of the maker's own sentences, answered while the hand-shake is on.
     [[nodiscard]] Result<std::string> readOwn(double deadline);
 
