@@ -61,7 +61,8 @@ void handOver(const ExchangeRecords& records, ExchangeTarget& target);
 class DeviceTransfer {
 public:
     struct Handlers {
-        std::function<void(const TransferProgress&)> progress = {}; ///< the latest; some are skipped
+        std::function<void(const TransferProgress&)> progress =
+            {}; ///< the latest; some are skipped
         std::function<void(const std::string& key)> message = {}; ///< e.g. "NSSlaveMode"
         /// Once for each start; another may be started here, or this object destroyed.
         std::function<void(DeviceResult)> finished = {};

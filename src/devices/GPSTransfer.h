@@ -51,7 +51,8 @@ public:
     struct Hooks {
         std::stop_token stop = {};
         std::function<void(const TransferProgress&)> progress = {};
-        std::function<void(const std::string& key)> message = {}; ///< for the user, e.g. "NSSlaveMode"
+        std::function<void(const std::string& key)> message =
+            {}; ///< for the user, e.g. "NSSlaveMode"
     };
 
     GPSTransfer(const Clock& clock, Hooks hooks, const Timing& timing);

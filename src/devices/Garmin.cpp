@@ -54,6 +54,13 @@ void Garmin::stopPrivate()
     serialPort().flush();
 }
 
+void Garmin::initialise()
+{
+    if (!sendCommand(Id::Command, numberData<std::uint16_t>(Abort)))
+        return;
+    (void)startPrivate();
+}
+
 Result<void> Garmin::getIdent()
 {
     setIdent({});
@@ -162,9 +169,9 @@ Result<void> Garmin::receiveRoutes(ExchangeRecords& records)
     auto received = receiveList(Routes, Kind::Routes, ids, [&](const GarminPacket& packet) {
         if (packet.id == Id::RouteHeader) {
             endRoute();
-            name = m_capabilities.uses(202)   ? GarminRecords::routeNameFromD202(packet.data)
-                : m_capabilities.uses(200) ? std::string()
-                                           : GarminRecords::routeNameFromD201(packet.data);
+            name = m_capabilities.uses(202) ? GarminRecords::routeNameFromD202(packet.data)
+                : m_capabilities.uses(200)  ? std::string()
+                                            : GarminRecords::routeNameFromD201(packet.data);
         } else if (packet.id == Id::RouteWaypoint) {
             auto waypoint = makeWaypoint(packet.data);
             if (!waypoint)
@@ -257,8 +264,8 @@ Result<void> Garmin::sendTracks(const std::vector<Track>& points)
 {
     std::vector<GarminPacket> packets;
     if (m_capabilities.usesD310TrackType() || m_capabilities.usesD312TrackType())
-        packets.push_back({Id::TrackHeader,
-                           GarminRecords::makeD310TrackType("TRACK", points.front().color)});
+        packets.push_back(
+            {Id::TrackHeader, GarminRecords::makeD310TrackType("TRACK", points.front().color)});
     else if (m_capabilities.usesD311TrackType())
         packets.push_back({Id::TrackHeader, GarminRecords::makeD311TrackType(0)});
     const auto make = m_capabilities.usesD302TrackType() ? GarminRecords::makeD302TrackType

@@ -29,6 +29,10 @@ public:
     [[nodiscard]] Result<void> startPrivate() override;
     void stopPrivate() override;
 
+    /// Ends what was left unfinished on the line and asks once what the receiver is; one that does
+    /// not answer stays without ident().
+    void initialise();
+
     /// Asks what the receiver is and can do. One that falls silent after its name is of the time
     /// before capability arrays: it uses D100 and D300.
     [[nodiscard]] Result<void> getIdent();
@@ -51,11 +55,9 @@ public:
     [[nodiscard]] Result<std::string> getResponse(std::uint8_t expected, std::uint8_t alternative,
                                                   std::uint8_t& received);
     /// Sends and waits, up to three times. An acknowledgement of another packet does not count.
-    [[nodiscard]] Result<std::string> sendCommandWaitForResponse(std::uint8_t id,
-                                                                 std::string_view data,
-                                                                 std::uint8_t expected,
-                                                                 std::uint8_t alternative,
-                                                                 std::uint8_t& received);
+    [[nodiscard]] Result<std::string>
+    sendCommandWaitForResponse(std::uint8_t id, std::string_view data, std::uint8_t expected,
+                               std::uint8_t alternative, std::uint8_t& received);
 
 private:
     enum CommandCode : std::uint16_t { Abort = 0, Routes = 4, TrackLog = 6, Waypoints = 7 };

@@ -39,9 +39,7 @@ std::string garminFrame(std::uint8_t id, std::string_view data)
 
 Result<GarminPacket> readGarminPacket(const NextByte& nextByte)
 {
-    const auto silent = [] {
-        return failure(Error::Code::Truncated, "the line fell silent");
-    };
+    const auto silent = [] { return failure(Error::Code::Truncated, "the line fell silent"); };
     // The byte after a 16 is dropped whatever it is: a wrong one shows in the checksum.
     const auto unstuffed = [&]() -> std::optional<std::uint8_t> {
         const auto byte = nextByte();

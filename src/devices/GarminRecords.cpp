@@ -365,8 +365,8 @@ std::string GarminRecords::makeD302TrackType(const TrackPoint& point)
 
 std::optional<TrackColor> GarminRecords::colorFromD310(std::string_view record)
 {
-    const auto number = record.size() < 2 ? trackColors.size()
-                                          : static_cast<std::uint8_t>(record[1]);
+    const auto number =
+        record.size() < 2 ? trackColors.size() : static_cast<std::uint8_t>(record[1]);
     return number < trackColors.size() ? std::optional(trackColors[number]) : std::nullopt;
 }
 
@@ -376,9 +376,9 @@ std::string GarminRecords::makeD310TrackType(std::string_view name, TrackColor c
         return std::abs(other.red - color.red) + std::abs(other.green - color.green)
             + std::abs(other.blue - color.blue);
     };
-    const auto nearest = std::min_element(
-        trackColors.begin(), trackColors.end(),
-        [&](const auto& a, const auto& b) { return distance(a) < distance(b); });
+    const auto nearest =
+        std::min_element(trackColors.begin(), trackColors.end(),
+                         [&](const auto& a, const auto& b) { return distance(a) < distance(b); });
     DeviceRecord record;
     record.number<std::uint8_t>(1).number(static_cast<std::uint8_t>(nearest - trackColors.begin()));
     record.endedText(deviceText(name, longName));

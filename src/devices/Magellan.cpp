@@ -31,21 +31,21 @@ struct Letter {
 };
 // Ours first where several mean one of theirs, and theirs first where several mean one of ours.
 constexpr std::array oldLetters = {
-    Letter{"WAYPOINT", "a"},   Letter{"BUOYWHITE", "e"},   Letter{"SQUARERED", "b"},
-    Letter{"NAVAIDRED", "c"},  Letter{"NAVAIDGREEN", "d"}, Letter{"REEF", "f"},
+    Letter{"WAYPOINT", "a"},    Letter{"BUOYWHITE", "e"},   Letter{"SQUARERED", "b"},
+    Letter{"NAVAIDRED", "c"},   Letter{"NAVAIDGREEN", "d"}, Letter{"REEF", "f"},
     Letter{"TRIANGLERED", "g"}, Letter{"SQUAREGREEN", "h"}, Letter{"BELL", "i"},
-    Letter{"DANGER", "j"},     Letter{"DIVER", "k"},       Letter{"FISHING", "l"},
-    Letter{"RESIDENCE", "m"},  Letter{"FLAG", "n"},        Letter{"PARKING", "o"},
-    Letter{"DOCK", "q"},       Letter{"RESTAURANT", "r"},  Letter{"FUEL", "s"},
+    Letter{"DANGER", "j"},      Letter{"DIVER", "k"},       Letter{"FISHING", "l"},
+    Letter{"RESIDENCE", "m"},   Letter{"FLAG", "n"},        Letter{"PARKING", "o"},
+    Letter{"DOCK", "q"},        Letter{"RESTAURANT", "r"},  Letter{"FUEL", "s"},
 };
 constexpr std::array newLetters = {
-    Letter{"WAYPOINT", "a"},   Letter{"SQUARERED", "b"},    Letter{"RESIDENCE", "c"},
-    Letter{"TOWER", "d"},      Letter{"BOATRAMP", "i"},     Letter{"MEDICAL", "l"},
-    Letter{"BEACON", "m"},     Letter{"BUOYWHITE", "n"},    Letter{"FUEL", "o"},
-    Letter{"LODGING", "r"},    Letter{"FISHING", "s"},      Letter{"LIGHT", "u"},
-    Letter{"MARINA", "w"},     Letter{"DANGER", "z"},       Letter{"RESTAURANT", "ac"},
-    Letter{"REEF", "ad"},      Letter{"DIVER", "ae"},       Letter{"DROPOFF", "aj"},
-    Letter{"INFORMATION", "al"}, Letter{"BAR", "an"},       Letter{"SHIPWRECK", "ao"},
+    Letter{"WAYPOINT", "a"},     Letter{"SQUARERED", "b"}, Letter{"RESIDENCE", "c"},
+    Letter{"TOWER", "d"},        Letter{"BOATRAMP", "i"},  Letter{"MEDICAL", "l"},
+    Letter{"BEACON", "m"},       Letter{"BUOYWHITE", "n"}, Letter{"FUEL", "o"},
+    Letter{"LODGING", "r"},      Letter{"FISHING", "s"},   Letter{"LIGHT", "u"},
+    Letter{"MARINA", "w"},       Letter{"DANGER", "z"},    Letter{"RESTAURANT", "ac"},
+    Letter{"REEF", "ad"},        Letter{"DIVER", "ae"},    Letter{"DROPOFF", "aj"},
+    Letter{"INFORMATION", "al"}, Letter{"BAR", "an"},      Letter{"SHIPWRECK", "ao"},
 };
 
 std::span<const Letter> lettersOf(const Magellan::Family& family)
@@ -207,8 +207,7 @@ Result<std::string> Magellan::readOwn(double deadline)
     }
 }
 
-Result<void> Magellan::sendAcknowledged(std::string_view sentence, double firstAnswer,
-                                        int attempts)
+Result<void> Magellan::sendAcknowledged(std::string_view sentence, double firstAnswer, int attempts)
 {
     const auto wanted = fmt::format("{:02X}", sentenceChecksum(sentence));
     for (int attempt = 0; attempt < attempts; ++attempt) {
@@ -227,15 +226,14 @@ Result<void> Magellan::sendAcknowledged(std::string_view sentence, double firstA
                 return tl::unexpected(std::move(answer.error()));
             if (!answer)
                 break;
-            isAnswered =
-                answer->starts_with("$PMGNCSM") && NmeaFields(*answer)[1] == wanted;
+            isAnswered = answer->starts_with("$PMGNCSM") && NmeaFields(*answer)[1] == wanted;
             if (!answer->starts_with("$PMGNCSM") && waiting.size() < mostWaiting)
                 waiting.push_back(std::move(*answer));
         }
         m_waiting = std::move(waiting);
-        const auto refused =
-            std::find_if(m_waiting.begin(), m_waiting.end(),
-                         [](const auto& it) { return it.starts_with("$PMGNCMD,UNABLE"); });
+        const auto refused = std::find_if(m_waiting.begin(), m_waiting.end(), [](const auto& it) {
+            return it.starts_with("$PMGNCMD,UNABLE");
+        });
         if (refused != m_waiting.end())
             return failure(Error::Code::Unsupported, "The receiver cannot do what was asked.");
         if (isAnswered)
@@ -284,8 +282,8 @@ Result<void> Magellan::receiveList(std::string_view command, std::string_view ki
             }
             progress((++state.done, state));
         }
-        const bool again = lastError.code == Error::Code::BadSyntax
-            || lastError.code == Error::Code::Truncated;
+        const bool again =
+            lastError.code == Error::Code::BadSyntax || lastError.code == Error::Code::Truncated;
         if (!again)
             break;
     }
@@ -491,8 +489,7 @@ std::optional<Magellan::TrackPoint> Magellan::trackFromSentence(std::string_view
     point.isValid = fields[8] == "A";
     point.line = textOf(fields[9]);
     point.track.date = dateOf(fields[7], fields[10]);
-    const bool isPlaced =
-        setPosition(point.track, fields[1], fields[2], fields[3], fields[4]);
+    const bool isPlaced = setPosition(point.track, fields[1], fields[2], fields[3], fields[4]);
     if (fields.count() < 9 || (point.isValid && !isPlaced))
         return std::nullopt;
     return point;

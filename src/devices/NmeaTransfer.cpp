@@ -16,10 +16,8 @@ namespace {
 using Phase = TransferProgress::Phase;
 using Kind = TransferProgress::Kind;
 
-constexpr TextRule nameRule{.longest = 8,
-                            .lowerCase = TextRule::LowerCase::Yes,
-                            .others = "+-",
-                            .substitute = '-'};
+constexpr TextRule nameRule{
+    .longest = 8, .lowerCase = TextRule::LowerCase::Yes, .others = "+-", .substitute = '-'};
 constexpr std::size_t longestSentence = 79; // leaves room for the checksum, less the line end
 constexpr int minuteDecimals = 4;
 constexpr double quietAfterLast = 5; // seconds without anything new
@@ -81,10 +79,10 @@ void NmeaTransfer::stopPrivate()
 
 std::string NmeaTransfer::waypointSentence(const Waypoint& waypoint)
 {
-    return completeSentence(
-        fmt::format("$GPWPL,{},{}", positionFields(waypoint.positionOnGPS(), minuteDecimals),
-                    deviceText(waypoint.name, nameRule)),
-        AddChecksum::Yes);
+    return completeSentence(fmt::format("$GPWPL,{},{}",
+                                        positionFields(waypoint.positionOnGPS(), minuteDecimals),
+                                        deviceText(waypoint.name, nameRule)),
+                            AddChecksum::Yes);
 }
 
 std::vector<std::string> NmeaTransfer::routeSentences(const std::string& name,

@@ -4,7 +4,7 @@
 
 namespace kelvox {
 
-SerialLine::SerialLine(Serial port, const Clock& clock, std::stop_token stop)
+SerialLine::SerialLine(Serial&& port, const Clock& clock, std::stop_token stop)
     : m_own(std::move(port))
     , m_port(m_own)
     , m_clock(clock)

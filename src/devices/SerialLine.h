@@ -15,7 +15,7 @@ namespace kelvox {
 /// asked for; only that one wait, so that the receiver can still be told and heard afterwards.
 class SerialLine final : public DeviceLine {
 public:
-    SerialLine(Serial port, const Clock& clock, std::stop_token stop);
+    SerialLine(Serial&& port, const Clock& clock, std::stop_token stop);
     /// On a port that another one has opened and keeps.
     SerialLine(Serial& port, const Clock& clock, std::stop_token stop);
     [[nodiscard]] static Result<std::unique_ptr<SerialLine>>

@@ -2,6 +2,7 @@
 
 #include "devices/GarminEmulator.h"
 #include "devices/GarminRecords.h"
+#include "devices/ReceiverSetup.h"
 #include "devices/Records.h"
 #include "exchange/ModelImport.h"
 #include "support/MainLoop.h"
@@ -17,10 +18,8 @@ namespace {
 TEST(DeviceText, WhatAReceiverCanHold)
 {
     const TextRule capitals{.longest = 6};
-    const TextRule mixed{.longest = 8,
-                         .lowerCase = TextRule::LowerCase::Yes,
-                         .others = " -",
-                         .substitute = '-'};
+    const TextRule mixed{
+        .longest = 8, .lowerCase = TextRule::LowerCase::Yes, .others = " -", .substitute = '-'};
     EXPECT_EQ(deviceText("Port Sea", capitals), "PORTSE");
     EXPECT_EQ(deviceText("\xC3\x85lesund", capitals), "ALESUN") << "without its accent";
     EXPECT_EQ(deviceText("a,b\xE2\x82\xAC", mixed), "a-b-");
@@ -157,10 +156,10 @@ TEST(DeviceTransfer, CanBeCancelledAndLeftAtAnyTime)
     const DeviceJob job{.port = receiver.path(), .rate = "9600"};
     Desk desk;
     std::optional<DeviceResult> result;
-    ASSERT_TRUE(desk.transfer.start(
-        job, {.progress = [&](const auto&) { desk.transfer.cancel(); },
-              .message = {},
-              .finished = [&](auto it) { result = std::move(it); }}));
+    ASSERT_TRUE(desk.transfer.start(job,
+                                    {.progress = [&](const auto&) { desk.transfer.cancel(); },
+                                     .message = {},
+                                     .finished = [&](auto it) { result = std::move(it); }}));
     ASSERT_TRUE(desk.main.runUntil([&] { return result.has_value(); }));
     ASSERT_TRUE(result->error);
     EXPECT_EQ(result->error->code, Error::Code::Cancelled);
@@ -169,13 +168,30 @@ TEST(DeviceTransfer, CanBeCancelledAndLeftAtAnyTime)
     bool isTold = false;
     {
         DeviceTransfer short_(desk.main, desk.clock);
-        short_.start(job, {.progress = [&](const auto&) { isTold = true; },
-                           .message = {},
-                           .finished = [&](auto) { isTold = true; }});
+        short_.start(job,
+                     {.progress = [&](const auto&) { isTold = true; },
+                      .message = {},
+                      .finished = [&](auto) { isTold = true; }});
     }
     desk.main.post([&] { result.reset(); });
     desk.main.runUntil([&] { return !result; });
     EXPECT_FALSE(isTold) << "nobody is there any more";
+}
+
+TEST(ReceiverSetup, AGarminReceiverIsIdentifiedAndAnUnfinishedListEnded)
+{
+    GarminEmulator emulator({108});
+    const SystemClock clock;
+    std::string ident;
+    {
+        LiveReceiver receiver(emulator);
+        Serial port;
+        ASSERT_TRUE(port.open(receiver.path(), "9600"));
+        garminSetup(clock, [&](const std::string& it) { ident = it; })(port, {});
+        EXPECT_TRUE(port.isOpen()) << "the connection goes on with it";
+    }
+    EXPECT_EQ(ident, "Yacht Plotter 3");
+    EXPECT_TRUE(emulator.wasAborted);
 }
 
 TEST(DeviceTransfer, APortThatIsNotThereIsAFailure)

@@ -105,7 +105,8 @@ public:
         : m_clock(clock)
         , m_emulator(emulator)
     {
-        m_line = *SerialLine::open(m_terminal.path(), "9600", Serial::FlowControl::None, m_real, {});
+        m_line =
+            *SerialLine::open(m_terminal.path(), "9600", Serial::FlowControl::None, m_real, {});
     }
     [[nodiscard]] bool write(std::string_view bytes) override
     {

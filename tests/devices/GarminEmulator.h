@@ -58,7 +58,10 @@ public:
     }
 
 private:
-    [[nodiscard]] std::string stranger() const override { return frame(51, std::string(64, '\x10')); }
+    [[nodiscard]] std::string stranger() const override
+    {
+        return frame(51, std::string(64, '\x10'));
+    }
 
     [[nodiscard]] std::size_t endOfPacket() const
     {

@@ -39,13 +39,14 @@ std::string publishedD108()
 struct Session {
     explicit Session(std::vector<std::uint16_t> dataTypes, Fault fault = {})
         : receiver(std::move(dataTypes), fault)
-        , garmin(clock, {stop.get_token(),
-                         [this](const TransferProgress& it) {
-                             progress.push_back(it);
-                             if (it.done == stopAfter && it.phase != TransferProgress::Phase::Identifying)
-                                 stop.request_stop();
-                         },
-                         [this](const std::string& key) { messages.push_back(key); }})
+        , garmin(clock,
+                 {stop.get_token(),
+                  [this](const TransferProgress& it) {
+                      progress.push_back(it);
+                      if (it.done == stopAfter && it.phase != TransferProgress::Phase::Identifying)
+                          stop.request_stop();
+                  },
+                  [this](const std::string& key) { messages.push_back(key); }})
     {
         garmin.setPort(std::make_unique<EmulatedLine>(clock, receiver));
     }
@@ -193,18 +194,28 @@ TEST(GarminRecords, WaypointTypesByTheirPublishedLayout)
 
 TEST(GarminRecords, NamesThatAreTooLongOrForeign)
 {
-    auto waypoint = place(std::string(80, 'n'), 1, 1, "Gr\xC3\xBC\xC3\x9F" "e, " + std::string(80, 'c'));
-    EXPECT_EQ(GarminRecords::makeD108WaypointType(waypoint).size(), 154U) << "texts at their longest";
+    auto waypoint = place(std::string(80, 'n'), 1, 1,
+                          "Gr\xC3\xBC\xC3\x9F"
+                          "e, "
+                              + std::string(80, 'c'));
+    EXPECT_EQ(GarminRecords::makeD108WaypointType(waypoint).size(), 154U)
+        << "texts at their longest";
     const auto long108 =
         GarminRecords::makeWaypointWithD108(GarminRecords::makeD108WaypointType(waypoint));
     EXPECT_EQ(long108->name, std::string(50, 'n'));
-    EXPECT_EQ(long108->description.substr(0, 8), "Grus" "e, c") << "50 characters, none foreign";
+    EXPECT_EQ(long108->description.substr(0, 8),
+              "Grus"
+              "e, c")
+        << "50 characters, none foreign";
     const auto d100 =
         GarminRecords::makeWaypointWithD100(GarminRecords::makeD100WaypointType(waypoint));
     EXPECT_EQ(d100->name, "NNNNNN");
     EXPECT_EQ(d100->description.substr(0, 8), "GRUSE- C");
     // A receiver of the West writes single bytes.
-    EXPECT_EQ(GarminRecords::makeWaypointWithD100("K\xF8" "ge  " + publishedD100().substr(6))->name,
+    EXPECT_EQ(GarminRecords::makeWaypointWithD100("K\xF8"
+                                                  "ge  "
+                                                  + publishedD100().substr(6))
+                  ->name,
               "K\xC3\xB8ge");
 }
 

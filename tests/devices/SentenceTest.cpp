@@ -116,9 +116,11 @@ private:
 };
 
 template <typename Receiver, typename Transfer> struct Session {
-    template <typename... Arguments> explicit Session(Arguments... arguments)
+    template <typename... Arguments>
+    explicit Session(Arguments... arguments)
         : receiver(arguments...)
-        , transfer(clock, {stop.get_token(), {}, [this](const auto& key) { messages.push_back(key); }},
+        , transfer(clock,
+                   {stop.get_token(), {}, [this](const auto& key) { messages.push_back(key); }},
                    GPSTransfer::Timing())
     {
         transfer.setPort(std::make_unique<EmulatedLine>(clock, receiver));
@@ -158,8 +160,9 @@ TEST(Magellan, PublishedSentences)
     EXPECT_NEAR(home->longitude, -86.84712, 1e-5);
     EXPECT_EQ(namesOf({*home}), "HOME HOME");
     EXPECT_EQ(home->iconIndex, iconIndex("NAVAIDRED")) << "the red buoy";
-    EXPECT_EQ(Magellan::waypointFromSentence(
-                  "$PMGNWPL,4809.43440,N,01135.06121,E,0,M,A\x1B" "2CB,,a", old)
+    EXPECT_EQ(Magellan::waypointFromSentence("$PMGNWPL,4809.43440,N,01135.06121,E,0,M,A\x1B"
+                                             "2CB,,a",
+                                             old)
                   ->name,
               "A,B");
     const auto plain = Magellan::routeFromSentence("$PMGNRTE,4,1,c,1,DAD,a,Anna,a");
@@ -169,13 +172,12 @@ TEST(Magellan, PublishedSentences)
         "$PMGNRTE,3,1,c,1,Muenchen_Route,Muenchner-Freiheit,a,Engl-Garten-1,a");
     EXPECT_EQ(named->route, "Muenchen_Route");
     EXPECT_EQ(named->names.size(), 2U);
-    const auto dated = Magellan::trackFromSentence(
-        "$PMGNTRK,3605.259,N,08644.389,W,00151,M,201444.61,A,,020302");
+    const auto dated =
+        Magellan::trackFromSentence("$PMGNTRK,3605.259,N,08644.389,W,00151,M,201444.61,A,,020302");
     ASSERT_TRUE(dated && dated->track.date);
     // 2002-03-02 20:14:44 UTC
     EXPECT_EQ(dated->track.date->time_since_epoch(), std::chrono::seconds(1015100084));
-    EXPECT_EQ(Magellan::trackFromSentence(
-                  "$PMGNTRK,3334.530,N,11739.837,W,00000,M,034414.24,A")
+    EXPECT_EQ(Magellan::trackFromSentence("$PMGNTRK,3334.530,N,11739.837,W,00000,M,034414.24,A")
                   ->track.date,
               std::nullopt);
     const auto longest =
@@ -234,9 +236,9 @@ TEST(Magellan, SendsWithHandShake)
     EXPECT_TRUE(session.receiver.listEnded);
     EXPECT_FALSE(session.receiver.inHandShake);
     EXPECT_EQ(session.transfer.leftOut(), 3U);
-    EXPECT_EQ(session.transfer.renamed(),
-              (DeviceNames::Renamed{{"Anchorage North", "Anchorag"},
-                                    {"Anchorage South", "Anchora2"}}));
+    EXPECT_EQ(
+        session.transfer.renamed(),
+        (DeviceNames::Renamed{{"Anchorage North", "Anchorag"}, {"Anchorage South", "Anchora2"}}));
     MagellanSession old(15);
     mine.tracks.clear();
     ASSERT_TRUE(old.transfer.send({}, mine));
@@ -285,8 +287,9 @@ TEST(Furuno, UploadByThePublishedLayout)
     const auto& lines = session.receiver.lines;
     ASSERT_EQ(lines.size(), 14U);
     EXPECT_EQ(lines[0], "$PFEC,GPwpl,4012.320,N,00958.180,E,ANCHOR,,@xSAND- 4 M,A,,,,");
-    EXPECT_EQ(lines[10], "$GPRTE,2,1,C,01, WP0001, WP0002, WP0003, WP0004, WP0005, WP0006, WP0007"
-                         ", WP0008");
+    EXPECT_EQ(lines[10],
+              "$GPRTE,2,1,C,01, WP0001, WP0002, WP0003, WP0004, WP0005, WP0006, WP0007"
+              ", WP0008");
     EXPECT_EQ(lines[11], "$GPRTE,2,2,C,01, WP0009");
     EXPECT_EQ(lines[12], "$PFEC,GPrtc,01,HARBOUR");
     EXPECT_EQ(lines[13], "$PFEC,GPxfr,CTL,E");
