@@ -157,6 +157,8 @@ void ReaderThread::execute(Command command)
         m_wanted = true;
         m_backoff.reset();
         if (m_port.isOpen() || m_withoutPort) {
+            if (m_port.isOpen() && m_plan.beforeReopening)
+                m_plan.beforeReopening(m_port, [this] { waitForRestart(); });
             closePorts();
             tellMain([](Owner& owner) { owner.connectionClosed(); });
         }
@@ -200,7 +202,7 @@ void ReaderThread::open()
         m_owner.showInMonitor(fmt::format("#### Open {} at {}", m_plan.port, m_plan.rate));
         m_lines.clear();
         if (m_plan.initialise)
-            m_plan.initialise(m_port);
+            m_plan.initialise(m_port, [this] { waitForRestart(); });
     }
     openRepeat(m_plan);
     m_backoff.reset();
@@ -228,8 +230,6 @@ void ReaderThread::openRepeat(const PortPlan& plan)
 
 void ReaderThread::closePorts()
 {
-    if (m_port.isOpen() && m_plan.finish)
-        m_plan.finish(m_port);
     const std::scoped_lock lock(m_portMutex);
     m_repeatPort.closePort();
     m_port.closePort();
@@ -265,7 +265,6 @@ void ReaderThread::readPort()
     deliver({lines.data(), count});
     if (answer != Serial::ReadStatus::Closed)
         return;
-    m_plan.finish = {}; // nobody is there to hear it
     closePorts();
     lost(fmt::format("{} is gone. Plug it in again; it is opened by itself.", m_plan.port));
     tellMain([](Owner& owner) { owner.connectionClosed(); });
@@ -331,6 +330,13 @@ void ReaderThread::wait(double seconds)
     m_changed.wait_for(lock, std::chrono::duration<double>(seconds),
                        [this] { return m_woken || m_stopping; });
     m_woken = false;
+}
+
+void ReaderThread::waitForRestart()
+{
+    std::unique_lock lock(m_mutex);
+    m_changed.wait_for(lock, std::chrono::duration<double>(m_pace.restart),
+                       [this] { return m_stopping.load(); });
 }
 
 void ReaderThread::setStatus(ConnectionStatus status)

@@ -24,8 +24,10 @@ struct PortPlan {
     std::string port;
     std::string rate;
     Serial::FlowControl flow = Serial::FlowControl::None;
-    std::function<void(Serial&)> initialise = {}; ///< after opening; reader thread
-    std::function<void(Serial&)> finish = {}; ///< before closing; reader thread
+    /// What a receiver is told; reader thread. restart() waits for one that changes its protocol.
+    using Setup = std::function<void(Serial& port, const std::function<void()>& restart)>;
+    Setup initialise = {}; ///< after opening
+    Setup beforeReopening = {}; ///< before an open port is closed to be opened again
     enum class Repeat { Off, SamePort, OwnPort };
     Repeat repeat = Repeat::Off;
     std::string repeatPort = {};
@@ -65,6 +67,7 @@ public:
         double start = 3;
         double idle = 1;
         double simulator = 0.2;
+        double restart = 1; ///< of a receiver
     };
 
     ReaderThread(Owner& owner, Executor& main, const Clock& clock, Pace pace);
@@ -109,6 +112,7 @@ private:
     void readLogFile();
     void deliver(std::span<const std::string_view> lines);
     void wait(double seconds);
+    void waitForRestart();
     void setStatus(ConnectionStatus status);
     void tellMain(std::function<void(Owner&)> call);
 

@@ -3,8 +3,6 @@
 #include "connections/SirfSetup.h"
 
 #include <charconv>
-#include <chrono>
-#include <thread>
 
 namespace kelvox {
 namespace {
@@ -50,12 +48,15 @@ PortPlan GPSSettingsController::portPlan() const
 {
     PortPlan plan{.hasPort = type() != noPortOfItsOwn, .port = serialPort(), .rate = rate()};
     if (type() == sirf) {
-        plan.initialise = [bits = bitsPerSecond(rate())](Serial& port) {
-            port.writePort(sirfToNmea(bits));
-        };
-        plan.finish = [bits = bitsPerSecond(rate())](Serial& port) {
+        // It restarts in its binary protocol, in which alone it hears the switch to NMEA.
+        plan.beforeReopening = [bits = bitsPerSecond(rate())](Serial& port, const auto& restart) {
             port.writePort(sirfToBinary(bits));
-            std::this_thread::sleep_for(std::chrono::seconds(1)); // it restarts
+            restart();
+        };
+        plan.initialise = [bits = bitsPerSecond(rate()),
+                           toBinary = plan.beforeReopening](Serial& port, const auto& restart) {
+            toBinary(port, restart);
+            port.writePort(sirfToNmea(bits));
         };
     }
     if (repeat() && !repeatSerialPort().empty() && !repeatToInstruments()) {

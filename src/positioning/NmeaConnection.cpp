@@ -2,6 +2,8 @@
 
 #include "positioning/NMEA.h"
 
+#include <utility>
+
 namespace kelvox {
 
 NmeaConnection::NmeaConnection(ConsumerRole role, LineConsumer& consumer, const Services& services,
@@ -31,6 +33,32 @@ void NmeaConnection::applicationWillWake()
     const bool possible = !m_settings.serialPort().empty();
     if (possible && (m_openBeforeSleep || m_settings.connectAtStartup()))
         open();
+}
+
+void NmeaConnection::lendPort(std::function<void()> isFree)
+{
+    if (m_reader.status().state == ConnectionStatus::State::Closed) {
+        isFree();
+        return;
+    }
+    m_isLent = true;
+    m_portIsFree = std::move(isFree);
+    m_reader.request(ReaderThread::Command::Close);
+}
+
+void NmeaConnection::takePortBack()
+{
+    m_portIsFree = {};
+    if (std::exchange(m_isLent, false))
+        open();
+}
+
+void NmeaConnection::connectionClosed()
+{
+    changed();
+    // A port that was lost meanwhile says so as well; only a closed one is not opened by itself.
+    if (m_portIsFree && m_reader.status().state == ConnectionStatus::State::Closed)
+        std::exchange(m_portIsFree, {})();
 }
 
 PortPlan NmeaConnection::portPlan()

@@ -50,8 +50,12 @@ public:
 
     /// The port that repeatToInstruments() means.
     void setInstruments(NmeaConnection* instruments) { m_instruments = instruments; }
-    /// What a Garmin receiver is told after opening; reader thread.
-    void setGarminSetup(std::function<void(Serial&)> setup) { m_garminSetup = std::move(setup); }
+    /// What a Garmin receiver is told after opening.
+    void setGarminSetup(PortPlan::Setup setup) { m_garminSetup = std::move(setup); }
+    /// Closes the port, if it is open or to be opened, for somebody else who needs it, and calls
+    /// back on the main thread when it is free.
+    void lendPort(std::function<void()> isFree);
+    void takePortBack(); ///< opens it again if it was lent
     /// For the lost-position alarm and the displays: opened, closed, waiting.
     void setChanged(std::function<void()> changed) { m_changed = std::move(changed); }
     /// "Cannot open …" with its remedy.
@@ -63,7 +67,7 @@ public:
     [[nodiscard]] bool connectsAtStart() override { return m_settings.connectAtStartup(); }
     [[nodiscard]] PortPlan portPlan() override;
     void connectionOpened() override { changed(); }
-    void connectionClosed() override { changed(); }
+    void connectionClosed() override;
     void statusChanged(const ConnectionStatus&) override { changed(); }
     void logFileEnded() override { changed(); }
     void openPortFail(const std::string& port, const std::string& reason) override;
@@ -89,7 +93,9 @@ private:
     GPSSettingsController m_settings;
     TCPConnectionModel* m_network;
     NmeaConnection* m_instruments = nullptr;
-    std::function<void(Serial&)> m_garminSetup;
+    PortPlan::Setup m_garminSetup;
+    std::function<void()> m_portIsFree;
+    bool m_isLent = false;
     std::function<void()> m_changed;
     std::function<void(const std::string&)> m_openFailed;
     std::atomic<bool> m_repeatToInstruments{false};

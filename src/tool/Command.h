@@ -40,6 +40,7 @@ private:
 // One function for each file <Name>Command.cpp: declares its commands and says what they do.
 void addAISCommand(Tool& tool);
 void addConvertCommand(Tool& tool);
+void addDeviceCommand(Tool& tool);
 void addGribCommand(Tool& tool);
 void addInfoCommand(Tool& tool);
 void addNavigationCommand(Tool& tool);

@@ -30,6 +30,7 @@ int main(int argc, char** argv)
     kelvox::Tool tool(app);
     kelvox::addAISCommand(tool);
     kelvox::addConvertCommand(tool);
+    kelvox::addDeviceCommand(tool);
     kelvox::addGribCommand(tool);
     kelvox::addInfoCommand(tool);
     kelvox::addNavigationCommand(tool);

@@ -1,5 +1,6 @@
 #include "positioning/NmeaConnection.h"
 #include "connections/HandOver.h"
+#include "connections/SirfSetup.h"
 #include "positioning/OwnVessel.h"
 
 #include "support/MainLoop.h"
@@ -19,7 +20,7 @@ namespace kelvox {
 namespace {
 
 using State = ConnectionStatus::State;
-constexpr ReaderThread::Pace quick{.start = 0, .idle = 0.01, .simulator = 0};
+constexpr ReaderThread::Pace quick{.start = 0, .idle = 0.01, .simulator = 0, .restart = 0};
 
 /// Receiver and instruments on lines of their own, all threads real.
 class Bridge : public GPSListener {
@@ -134,6 +135,60 @@ TEST(NmeaConnection, NetworkLinesGoTheSameWay)
     EXPECT_TRUE(bridge.hasFixes(1));
 }
 
+TEST(NmeaConnection, ASirfReceiverIsBroughtToNmeaWhenOpenedAndLeftAloneWhenClosed)
+{
+    Bridge bridge;
+    bridge.settings.set("type", GPSSettingsController::sirf);
+    const auto opening = sirfToBinary(4800) + sirfToNmea(4800);
+    ASSERT_TRUE(bridge.opens(bridge.connection));
+    EXPECT_EQ(bridge.gpsLine.read(opening.size()), opening);
+    bridge.gpsLine.write(gll("5230.000"));
+    ASSERT_TRUE(bridge.hasFixes(1));
+    // Opening it once more closes it first; what is unread then is lost with the port.
+    bridge.connection.open();
+    ASSERT_TRUE(bridge.loop.runUntil(
+        [&] { return bridge.connection.monitor().lines("####").size() == 2; }));
+    ASSERT_TRUE(bridge.loop.runUntil([&] { return bridge.connection.reader().isOpen(); }));
+    const auto again = sirfToBinary(4800) + opening;
+    EXPECT_EQ(bridge.gpsLine.read(again.size()), again);
+    bridge.connection.close();
+    ASSERT_TRUE(bridge.loop.runUntil(
+        [&] { return bridge.connection.reader().status().state == State::Closed; }));
+    ASSERT_TRUE(bridge.opens(bridge.connection));
+    EXPECT_EQ(bridge.gpsLine.read(opening.size()), opening) << "nothing at the closing";
+}
+
+TEST(NmeaConnection, AGarminReceiverIsToldWhatItsSetupSays)
+{
+    Bridge bridge;
+    bridge.connection.setGarminSetup(
+        [](Serial& port, const auto& /*restart*/) { port.writePort("hello"); });
+    bridge.settings.set("type", GPSSettingsController::garmin);
+    ASSERT_TRUE(bridge.opens(bridge.connection));
+    EXPECT_EQ(bridge.gpsLine.read(5), "hello");
+    bridge.gpsLine.write(gll("5230.000"));
+    EXPECT_TRUE(bridge.hasFixes(1));
+}
+
+TEST(NmeaConnection, LendsItsPortAndTakesItBack)
+{
+    Bridge bridge;
+    int free = 0;
+    bridge.connection.lendPort([&] { ++free; });
+    EXPECT_EQ(free, 1) << "a port that is not open is free at once";
+    bridge.connection.takePortBack();
+    ASSERT_TRUE(bridge.opens(bridge.connection));
+    bridge.connection.lendPort([&] { ++free; });
+    ASSERT_TRUE(bridge.loop.runUntil([&] { return free == 2; }));
+    Serial other;
+    EXPECT_TRUE(other.open(bridge.gpsLine.path(), "9600"));
+    other.closePort();
+    bridge.connection.takePortBack();
+    ASSERT_TRUE(bridge.loop.runUntil([&] { return bridge.connection.reader().isOpen(); }));
+    bridge.gpsLine.write(gll("5230.000"));
+    EXPECT_TRUE(bridge.hasFixes(1));
+}
+
 TEST(NmeaConnection, SleepClosesAndWakingReopens)
 {
     Bridge bridge;
@@ -166,7 +221,7 @@ TEST(GPSSettingsController, PlansFollowTheSettings)
     settings.set("instruments.useGPSPort", true);
     EXPECT_FALSE(gps.repeatToInstruments());
     settings.set("type", 2LL);
-    EXPECT_TRUE(gps.portPlan().initialise && gps.portPlan().finish) << "a SiRF receiver";
+    EXPECT_TRUE(gps.portPlan().initialise && gps.portPlan().beforeReopening) << "a SiRF receiver";
 }
 
 } // namespace
