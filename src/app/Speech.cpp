@@ -6,6 +6,7 @@
 #include <deque>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 namespace kelvox {
 
@@ -42,8 +43,8 @@ void Speech::Shared::run(const std::shared_ptr<Shared>& shared)
         // The service may have been restarted since the last alarm: then once more from the start.
         for (int attempt = 0; attempt < 2; ++attempt) {
             if (!connection)
-                connection = spd_open2("kelvox", "alarms", nullptr, SPD_MODE_SINGLE, nullptr, 1,
-                                       nullptr);
+                connection =
+                    spd_open2("kelvox", "alarms", nullptr, SPD_MODE_SINGLE, nullptr, 1, nullptr);
             if (!connection)
                 break;
             if (!next.language.empty())
