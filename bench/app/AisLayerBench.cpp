@@ -56,8 +56,7 @@ public:
                             .speed = speed(m_random),
                             .course = course(m_random),
                             .heading = course(m_random) / 10};
-        const auto sentence =
-            (number % 4 == 0 ? raw.classB() : raw.classA()).sentence();
+        const auto sentence = (number % 4 == 0 ? raw.classB() : raw.classA()).sentence();
         scene.live->gps().processRawSentence(sentence);
     }
     LiveScene scene;

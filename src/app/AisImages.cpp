@@ -2,6 +2,7 @@
 
 #include <QPainterPath>
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -69,8 +70,7 @@ const QImage& AisImages::symbolImage(const AISSymbol& symbol, const QColor& line
         painter.setPen(QPen(line, 1.2));
         painter.drawPolyline(polygonAbout(symbol.headingLine, symbol.at, centre));
     }
-    const QPen outline(line, symbol.selected ? 3 : 1.8, Qt::SolidLine, Qt::RoundCap,
-                       Qt::RoundJoin);
+    const QPen outline(line, symbol.selected ? 3 : 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
     painter.setPen(outline);
     if (symbol.shape == AISSymbol::Shape::Cursor) {
         const auto arms = polygonAbout(symbol.outline, symbol.at, centre);
@@ -134,9 +134,9 @@ QSizeF AisImages::labelSize(const std::string& name)
 void AisImages::paintLabel(QPainter& painter, const std::string& name, QPointF topLeft)
 {
     const double ratio = m_look.pixelRatio;
-    painter.drawImage(QPointF(std::round(topLeft.x() * ratio) / ratio,
-                              std::round(topLeft.y() * ratio) / ratio),
-                      labelImage(name));
+    painter.drawImage(
+        QPointF(std::round(topLeft.x() * ratio) / ratio, std::round(topLeft.y() * ratio) / ratio),
+        labelImage(name));
 }
 
 LabelRoom::LabelRoom(double width, double height)

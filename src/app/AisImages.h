@@ -3,10 +3,13 @@
 #include "ais/AISPicture.h"
 #include "app/ChartLayer.h"
 
+#include <QFont>
 #include <QHash>
 #include <QImage>
 
 #include <cstdint>
+#include <string>
+#include <vector>
 
 namespace kelvox {
 

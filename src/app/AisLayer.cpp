@@ -35,8 +35,8 @@ void paintHull(QPainter& painter, const AISSymbol& symbol, const ViewFrame& fram
             result << widgetPoint(p, frame);
         return result;
     };
-    painter.setPen(QPen(line, symbol.selected ? 3 : 1.8, Qt::SolidLine, Qt::RoundCap,
-                        Qt::RoundJoin));
+    painter.setPen(
+        QPen(line, symbol.selected ? 3 : 1.8, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.setBrush(fill);
     painter.drawPolygon(polygon(symbol.outline));
     if (!symbol.headingLine.isEmpty())
@@ -137,8 +137,8 @@ void AisLayer::paintLabels(QPainter& painter, const ViewFrame& frame)
 
 const AISPosition* AisLayer::targetAt(const ChartPointer& pointer, const ViewFrame& frame) const
 {
-    const Point viewPoint = frame.viewPointOf(
-        Point{pointer.at.x(), pointer.at.y()} * frame.pixelsPerPoint);
+    const Point viewPoint =
+        frame.viewPointOf(Point{pointer.at.x(), pointer.at.y()} * frame.pixelsPerPoint);
     const auto mmsi = m_picture.targetAt(viewPoint, tolerance);
     const auto* target = mmsi ? m_live.ais().model().find(*mmsi) : nullptr;
     return target && !target->own() ? target : nullptr;

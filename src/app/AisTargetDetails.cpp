@@ -9,7 +9,9 @@
 #include <QGridLayout>
 #include <QPushButton>
 #include <QStyle>
+#include <QVBoxLayout>
 
+#include <algorithm>
 #include <cmath>
 
 namespace kelvox {
@@ -124,11 +126,11 @@ void AisTargetDetails::refresh()
     bool close = false;
     if (info->closestApproach) {
         const auto& cpa = *info->closestApproach;
-        approach = text("NSCpaIn", {shown(cpa.distance, NSDtwFormatter()),
-                                    QString::number(std::lround(cpa.time * 60))});
-        close = cpa.distance
-            <= live.settings().number("aisProximityDistance",
-                                      AISController::defaultProximityDistance);
+        approach = text(
+            "NSCpaIn",
+            {shown(cpa.distance, NSDtwFormatter()), QString::number(std::lround(cpa.time * 60))});
+        close = cpa.distance <= live.settings().number("aisProximityDistance",
+                                                       AISController::defaultProximityDistance);
     } else if (isKnown(info->distance)) {
         approach = text("NSNotClosing");
     }
@@ -152,13 +154,13 @@ void AisTargetDetails::refresh()
     else
         setRow("NSLengthBeam", {});
     if (target.isPositionKnown())
-        setRow("NSPosition",
-               QString::fromStdString(
-                   NSPositionFormatter(NSPositionFormatter::Latitude, strings)
-                       .stringForObjectValue(target.positionOnGPS().latitude)
-                   + "  "
-                   + NSPositionFormatter(NSPositionFormatter::Longitude, strings)
-                         .stringForObjectValue(target.positionOnGPS().longitude)));
+        setRow(
+            "NSPosition",
+            QString::fromStdString(NSPositionFormatter(NSPositionFormatter::Latitude, strings)
+                                       .stringForObjectValue(target.positionOnGPS().latitude)
+                                   + "  "
+                                   + NSPositionFormatter(NSPositionFormatter::Longitude, strings)
+                                         .stringForObjectValue(target.positionOnGPS().longitude)));
     else
         setRow("NSPosition", {});
     setRow("NSLastReport", ageText(age));

@@ -8,6 +8,9 @@
 #include <QProcess>
 #include <QStandardPaths>
 
+#include <algorithm>
+#include <utility>
+
 namespace kelvox {
 
 namespace {
@@ -74,10 +77,9 @@ void AlarmVoice::playSound(const std::string& name)
         if (!heard)
             QApplication::beep();
     };
-    connect(m_player, &QProcess::finished, this,
-            [ended](int code, QProcess::ExitStatus status) {
-                ended(code == 0 && status == QProcess::NormalExit);
-            });
+    connect(m_player, &QProcess::finished, this, [ended](int code, QProcess::ExitStatus status) {
+        ended(code == 0 && status == QProcess::NormalExit);
+    });
     connect(m_player, &QProcess::errorOccurred, this, [ended] { ended(false); });
     m_player->start(playerProgram(), {QString::fromStdString(file.string())});
 }

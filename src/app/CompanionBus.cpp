@@ -23,9 +23,8 @@ CompanionBus::CompanionBus(const QDBusConnection& bus, QObject* parent)
 {
     if (!m_bus.isConnected())
         return;
-    auto* watcher =
-        new QDBusServiceWatcher(QLatin1String(companionName) + QLatin1Char('*'), m_bus,
-                                QDBusServiceWatcher::WatchForOwnerChange, this);
+    auto* watcher = new QDBusServiceWatcher(QLatin1String(companionName) + QLatin1Char('*'), m_bus,
+                                            QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString& name, const QString& /*before*/, const QString& owner) {
                 setCompanion(name, !owner.isEmpty());
@@ -63,9 +62,8 @@ void CompanionBus::setCompanion(const QString& name, bool runs)
 
 void CompanionBus::post(const std::string& name, const std::string& text)
 {
-    auto message =
-        QDBusMessage::createSignal(QLatin1String(objectPath), QLatin1String(interfaceName),
-                                   QString::fromStdString(name));
+    auto message = QDBusMessage::createSignal(
+        QLatin1String(objectPath), QLatin1String(interfaceName), QString::fromStdString(name));
     message << QString::fromStdString(text);
     m_bus.send(message);
 }

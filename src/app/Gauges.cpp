@@ -22,11 +22,11 @@ struct KindName {
     const char* id;
 };
 constexpr KindName kinds[] = {
-    {GaugeKind::SpeedOverGround, "sog"},   {GaugeKind::CourseOverGround, "cog"},
-    {GaugeKind::Depth, "depth"},           {GaugeKind::Wind, "wind"},
-    {GaugeKind::Heading, "heading"},       {GaugeKind::SpeedThroughWater, "stw"},
-    {GaugeKind::Temperature, "water"},     {GaugeKind::VelocityMadeGood, "vmg"},
-    {GaugeKind::Position, "position"},     {GaugeKind::Time, "time"}};
+    {GaugeKind::SpeedOverGround, "sog"}, {GaugeKind::CourseOverGround, "cog"},
+    {GaugeKind::Depth, "depth"},         {GaugeKind::Wind, "wind"},
+    {GaugeKind::Heading, "heading"},     {GaugeKind::SpeedThroughWater, "stw"},
+    {GaugeKind::Temperature, "water"},   {GaugeKind::VelocityMadeGood, "vmg"},
+    {GaugeKind::Position, "position"},   {GaugeKind::Time, "time"}};
 constexpr const char* standardChoice = "sog,cog,depth,wind";
 constexpr const char* shownKey = "instruments.shown";
 
@@ -192,8 +192,8 @@ void Gauge::refresh()
     if (now == m_reading)
         return;
     m_reading = std::move(now);
-    setAccessibleDescription(m_reading.number + QLatin1Char(' ') + m_reading.unit
-                             + QLatin1Char(' ') + m_reading.second);
+    setAccessibleDescription(m_reading.number + QLatin1Char(' ') + m_reading.unit + QLatin1Char(' ')
+                             + m_reading.second);
     update();
 }
 
@@ -252,15 +252,14 @@ void Gauge::paintFigure(QPainter& painter, const QRectF& room) const
         painter.drawText(room, Qt::AlignRight | Qt::AlignBottom, m_reading.second);
         return;
     }
-    const QString number =
-        m_reading.number.isEmpty() ? QStringLiteral("---") : m_reading.number;
+    const QString number = m_reading.number.isEmpty() ? QStringLiteral("---") : m_reading.number;
     painter.setFont(sized(font(), theme.px(13)));
     const double unitWidth = m_reading.unit.isEmpty()
         ? 0
         : QFontMetricsF(painter.font()).horizontalAdvance(m_reading.unit) + theme.px(5);
     // As large as the room allows, so that it is read from the wheel.
-    QFont large = sized(font(), std::min<double>(theme.px(64), room.height() * 0.92),
-                        QFont::DemiBold);
+    QFont large =
+        sized(font(), std::min<double>(theme.px(64), room.height() * 0.92), QFont::DemiBold);
     const double wide = QFontMetricsF(large).horizontalAdvance(number);
     const double available = std::max(room.width() - unitWidth, 10.0);
     if (wide > available)
@@ -296,15 +295,15 @@ void Gauge::paintTape(QPainter& painter, const QRectF& room) const
                          QPointF(x, tape.top() + (named ? theme.px(10) : theme.px(5))));
         if (!named)
             continue;
-        const char* const winds[] = {"NSWindNorth", nullptr, nullptr, "NSWindEast",
-                                     nullptr,       nullptr, "NSWindSouth", nullptr,
-                                     nullptr,       "NSWindWest", nullptr, nullptr};
+        const char* const winds[] = {"NSWindNorth", nullptr,      nullptr,       "NSWindEast",
+                                     nullptr,       nullptr,      "NSWindSouth", nullptr,
+                                     nullptr,       "NSWindWest", nullptr,       nullptr};
         const char* wind = winds[bearing / 30];
         painter.setPen(theme.colors().text);
-        painter.drawText(QRectF(x - 30, tape.top() + theme.px(10), 60, tape.height() - theme.px(10)),
-                         Qt::AlignCenter,
-                         wind ? text(wind)
-                              : QStringLiteral("%1").arg(bearing, 3, 10, QLatin1Char('0')));
+        painter.drawText(
+            QRectF(x - 30, tape.top() + theme.px(10), 60, tape.height() - theme.px(10)),
+            Qt::AlignCenter,
+            wind ? text(wind) : QStringLiteral("%1").arg(bearing, 3, 10, QLatin1Char('0')));
     }
     painter.setPen(Qt::NoPen);
     painter.setBrush(theme.colors().accent);
@@ -385,8 +384,9 @@ void Gauge::paintWind(QPainter& painter, const QRectF& room) const
     const double line = theme.px(17);
     painter.setFont(large);
     painter.setPen(ink);
-    painter.drawText(QRectF(centre.x() - radius, centre.y() - theme.px(34), 2 * radius, theme.px(50)),
-                     Qt::AlignCenter, number);
+    painter.drawText(
+        QRectF(centre.x() - radius, centre.y() - theme.px(34), 2 * radius, theme.px(50)),
+        Qt::AlignCenter, number);
     painter.setFont(sized(font(), theme.px(12)));
     painter.setPen(theme.colors().dim);
     painter.drawText(QRectF(centre.x() - radius, centre.y() + theme.px(14), 2 * radius, line),
@@ -417,8 +417,8 @@ GaugeStack::GaugeStack(Program& program, int columns, QWidget* parent)
             gauge->update();
         }
     });
-    for (const auto signal : {&LiveData::vesselMoved, &LiveData::instrumentsChanged,
-                              &LiveData::staleChanged})
+    for (const auto signal :
+         {&LiveData::vesselMoved, &LiveData::instrumentsChanged, &LiveData::staleChanged})
         connect(&program.live(), signal, this, &GaugeStack::refresh);
     for (const auto signal : {&Program::unitsChanged, &Program::steeringChanged})
         connect(&program, signal, this, &GaugeStack::refresh);

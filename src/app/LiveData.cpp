@@ -2,6 +2,9 @@
 
 #include "navigation/NavMath.h"
 
+#include <algorithm>
+#include <utility>
+
 namespace kelvox {
 
 namespace {
@@ -33,10 +36,10 @@ LiveData::LiveData(const Services& services, ReaderThread::Pace pace, QObject* p
                               {m_handOver, services.clock, services.settings, &m_network}, pace)
     , m_aisConnection(ConsumerRole::AIS, m_ais,
                       {m_handOver, services.clock, services.settings, &m_network}, pace)
+    , m_repeater(services.clock, m_gpsConnection)
     , m_network(m_handOver, services.clock)
     , m_tcpip(m_network, m_gpsConnection, m_handOver, services.settings, services.strings,
               services.alarms)
-    , m_repeater(services.clock, m_gpsConnection)
 {
     m_gps.setInstruments(&m_instruments);
     m_gps.setAIS(&m_ais);
@@ -50,8 +53,8 @@ LiveData::LiveData(const Services& services, ReaderThread::Pace pace, QObject* p
     m_gpsConnection.setInstruments(&m_instrumentsConnection);
     m_network.setObserver(&m_tcpip);
 
-    for (QTimer* timer : {&m_reopenTimer, &m_instrumentsTimer, &m_targetsTimer, &m_pictureTimer,
-                          &m_gotoTimer})
+    for (QTimer* timer :
+         {&m_reopenTimer, &m_instrumentsTimer, &m_targetsTimer, &m_pictureTimer, &m_gotoTimer})
         timer->setSingleShot(true);
     const auto startOnce = [](QTimer& timer) {
         if (!timer.isActive())
@@ -215,11 +218,16 @@ void LiveData::settingChanged(const std::string& key)
     m_instruments.loadSettings();
     m_ais.loadSettings();
     m_repeater.loadSettings(m_services.settings);
-    static const std::set<std::string, std::less<>> ports{
-        "type",           "serialPort",       "rate",
-        "repeat",         "repeatSerialPort", "repeatRate",
-        "ais.serialPort", "ais.rate",         "instruments.serialPort",
-        "instruments.rate"};
+    static const std::set<std::string, std::less<>> ports{"type",
+                                                          "serialPort",
+                                                          "rate",
+                                                          "repeat",
+                                                          "repeatSerialPort",
+                                                          "repeatRate",
+                                                          "ais.serialPort",
+                                                          "ais.rate",
+                                                          "instruments.serialPort",
+                                                          "instruments.rate"};
     static const std::set<std::string, std::less<>> transmit{
         "tcpipServerGPS", "tcpipServerInstruments", "tcpipServerAIS",
         "tcpipServerLimitToProcessed"};

@@ -137,9 +137,9 @@ private:
     NmeaConnection m_gpsConnection;
     NmeaConnection m_instrumentsConnection;
     NmeaConnection m_aisConnection;
-    TCPConnectionModel m_network; // after the connections: its thread calls the first of them
-    TCPIPController m_tcpip;
     Repeater m_repeater;
+    TCPConnectionModel m_network; // after what its thread calls: it ends first
+    TCPIPController m_tcpip;
 
     std::array<std::shared_ptr<Replay>, 3> m_replays;
     std::array<bool, 3> m_tellFailure{};

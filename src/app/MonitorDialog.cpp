@@ -7,6 +7,7 @@
 #include <QFileDialog>
 #include <QFontDatabase>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListView>
 #include <QPushButton>
@@ -135,17 +136,17 @@ void MonitorDialog::refresh()
     }
     const QString words = m_log.isPaused()
         ? countedText("NSMonitorPaused", static_cast<std::size_t>(m_log.missed()))
-        : m_model->rowCount() == 0 ? text("NSMonitorEmpty")
-                                   : countedText("NSLineCount",
-                                                 static_cast<std::size_t>(m_model->rowCount()));
+        : m_model->rowCount() == 0
+        ? text("NSMonitorEmpty")
+        : countedText("NSLineCount", static_cast<std::size_t>(m_model->rowCount()));
     if (m_state->text() != words)
         m_state->setText(words);
 }
 
 void MonitorDialog::save()
 {
-    const QString file = askForNewFile(*this, text("NSSaveAs"), QStringLiteral("monitor.log"),
-                                       text("NSLogFilter"));
+    const QString file =
+        askForNewFile(*this, text("NSSaveAs"), QStringLiteral("monitor.log"), text("NSLogFilter"));
     if (file.isEmpty())
         return;
     const auto saved = m_log.save(file.toStdString(), m_model->filter());

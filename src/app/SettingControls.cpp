@@ -72,9 +72,10 @@ QDoubleSpinBox* makeNumber(Program& program, const std::string& key, const std::
     };
     follow(program, key, box, show);
     QObject::connect(&program, &Program::unitsChanged, box, show);
-    QObject::connect(
-        box, &QDoubleSpinBox::valueChanged, box,
-        [&program, key, unitOf](double value) { program.settings().set(key, value / unitOf().first); });
+    QObject::connect(box, &QDoubleSpinBox::valueChanged, box,
+                     [&program, key, unitOf](double value) {
+                         program.settings().set(key, value / unitOf().first);
+                     });
     return box;
 }
 
@@ -132,9 +133,8 @@ std::pair<double, QString> shortDistanceUnit()
 {
     constexpr double metresPerMile = 1852;
     constexpr double feetPerMile = 6076.12;
-    return UnitsModel::units().heightsInMetres()
-        ? std::pair(metresPerMile, QStringLiteral("m"))
-        : std::pair(feetPerMile, QStringLiteral("ft"));
+    return UnitsModel::units().heightsInMetres() ? std::pair(metresPerMile, QStringLiteral("m"))
+                                                 : std::pair(feetPerMile, QStringLiteral("ft"));
 }
 
 std::pair<double, QString> lengthUnit()

@@ -45,8 +45,7 @@ struct Choice {
 };
 /// A setting that is one of several texts.
 [[nodiscard]] QComboBox* makeChoice(Program& program, const std::string& key,
-                                    const std::string& labelKey,
-                                    const std::vector<Choice>& choices,
+                                    const std::string& labelKey, const std::vector<Choice>& choices,
                                     const std::string& fallback, QWidget* parent);
 
 // Units of the user for fields whose settings are in nautical miles or feet.

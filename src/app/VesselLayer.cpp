@@ -78,9 +78,10 @@ void VesselLayer::paintAnchor(QPainter& painter, const ViewFrame& frame, const L
     if (!anchor.isKnown())
         return;
     const QPointF at = pointOf(anchor, frame);
-    const double radius = std::min(live().settings().number("anchorDragDistance")
-                                       * metresPerNauticalMile * pointsPerMetre(frame, anchor.latitude),
-                                   longestLine);
+    const double radius =
+        std::min(live().settings().number("anchorDragDistance") * metresPerNauticalMile
+                     * pointsPerMetre(frame, anchor.latitude),
+                 longestLine);
     QPolygonF swing;
     for (const Position position : live().swing())
         swing << pointOf(position, frame);
@@ -95,8 +96,8 @@ void VesselLayer::paintAnchor(QPainter& painter, const ViewFrame& frame, const L
     // An anchor: ring, shank, stock and flukes.
     const double size = 9 * look.scale;
     painter.setBrush(Qt::NoBrush);
-    for (const auto& [color, width] : {std::pair(look.color("DEPDW"), 5.0),
-                                       std::pair(look.color("CHMGD"), 2.2)}) {
+    for (const auto& [color, width] :
+         {std::pair(look.color("DEPDW"), 5.0), std::pair(look.color("CHMGD"), 2.2)}) {
         painter.setPen(QPen(color, width, Qt::SolidLine, Qt::RoundCap));
         painter.drawEllipse(at - QPointF(0, size), size * 0.25, size * 0.25);
         painter.drawLine(at - QPointF(0, size * 0.75), at + QPointF(0, size));
@@ -126,9 +127,8 @@ void VesselLayer::paintVessel(QPainter& painter, const ViewFrame& frame, const L
 
     if (!stale) { // an old course says nothing about where the vessel is going
         const double minutes = live().settings().number("vesselVectorMinutes", 6);
-        const double ahead = sails
-            ? std::min(speed * minutes / 60 * metresPerNauticalMile * scale, longestLine)
-            : 0;
+        const double ahead =
+            sails ? std::min(speed * minutes / 60 * metresPerNauticalMile * scale, longestLine) : 0;
         if (isKnown(heading) && live().settings().boolean("showHeadingLine", true)) {
             painter.setPen(QPen(color, 1.2));
             painter.drawLine(at, at + along(heading, std::max(70 * look.scale, ahead), frame));
@@ -175,9 +175,9 @@ std::optional<ChartItem> VesselLayer::itemAt(const ChartPointer& pointer, const 
     const QPointF away = pointOf(position, frame) - pointer.at;
     if (std::hypot(away.x(), away.y()) > reach)
         return std::nullopt;
-    return ChartItem{.name = text("NSOwnVessel"),
-                     .position = position,
-                     .open = [this] { m_host.openPanel(QStringLiteral("gps")); }};
+    return ChartItem{.name = text("NSOwnVessel"), .position = position, .open = [this] {
+                         m_host.openPanel(QStringLiteral("gps"));
+                     }};
 }
 
 bool VesselLayer::click(const ChartPointer& pointer, const ViewFrame& frame)

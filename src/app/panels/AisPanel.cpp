@@ -7,9 +7,12 @@
 
 #include <QGridLayout>
 #include <QHeaderView>
+#include <QLabel>
 #include <QSignalBlocker>
 #include <QTableView>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace kelvox {
 
@@ -58,8 +61,7 @@ AisPanel::AisPanel(ChartHost& host)
     switches->setHorizontalSpacing(Theme::theme().px(12));
     switches->setVerticalSpacing(0);
     int cell = 0;
-    for (const char* key :
-         {"showUnderway", "showStationary", "showVesselNames", "showAISClassB"}) {
+    for (const char* key : {"showUnderway", "showStationary", "showVesselNames", "showAISClassB"}) {
         switches->addWidget(makeSwitch(program, key, std::string("NSSetting.") + key, this, true),
                             cell / 2, cell % 2);
         ++cell;
@@ -77,14 +79,12 @@ AisPanel::AisPanel(ChartHost& host)
     m_alarm->setObjectName(QStringLiteral("proximityAlarm"));
     makeTouchable(program, m_alarm);
     numbers->addWidget(m_alarm, 1, 0);
-    numbers->addWidget(makeNumber(program, "aisProximityDistance",
-                                  "NSSetting.aisProximityDistance",
+    numbers->addWidget(makeNumber(program, "aisProximityDistance", "NSSetting.aisProximityDistance",
                                   {.highest = 100,
                                    .step = 0.1,
                                    .decimals = 2,
                                    .fallback = AISController::defaultProximityDistance,
-                                   .unit =
-                                       [] { return std::pair(1.0, QStringLiteral("NM")); }},
+                                   .unit = [] { return std::pair(1.0, QStringLiteral("NM")); }},
                                   this),
                        1, 1);
     rows->addLayout(numbers);
@@ -156,9 +156,9 @@ void AisPanel::reload()
     m_table->setVisible(total > 0);
     m_count->setVisible(total > 0);
     const auto rows = static_cast<std::size_t>(m_model->rowCount());
-    m_count->setText(rows == total ? countedText("NSTargetCount", total)
-                                   : text("NSTargetsFound", {QString::number(rows),
-                                                             QString::number(total)}));
+    m_count->setText(rows == total
+                         ? countedText("NSTargetCount", total)
+                         : text("NSTargetsFound", {QString::number(rows), QString::number(total)}));
     const QSignalBlocker quiet(m_alarm);
     m_alarm->setChecked(live.ais().proximityAlarm());
     showSelection();
@@ -171,8 +171,8 @@ void AisPanel::showSelection()
     if (selection->currentIndex().row() != selected.row()) {
         const QSignalBlocker quiet(selection);
         // The row follows its target without scrolling away what the user reads.
-        selection->setCurrentIndex(selected, QItemSelectionModel::ClearAndSelect
-                                                 | QItemSelectionModel::Rows);
+        selection->setCurrentIndex(selected,
+                                   QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
         m_table->viewport()->update();
     }
     const auto mmsi = m_host.program().live().selectedTarget();

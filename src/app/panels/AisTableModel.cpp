@@ -18,14 +18,19 @@ struct ColumnText {
     const char* key;
     bool isNumber;
 };
-constexpr ColumnText columns[] = {
-    {Column::Name, "NSName", false},           {Column::Distance, "NSDistance", true},
-    {Column::Bearing, "NSBearing", true},      {Column::Speed, "NSGaugeLabel.sog", true},
-    {Column::Course, "NSGaugeLabel.cog", true}, {Column::LastReport, "NSAge", true},
-    {Column::Type, "NSShipType", false},       {Column::Class, "NSClass", false},
-    {Column::Length, "NSLength", true},        {Column::Heading, "NSGaugeLabel.heading", true},
-    {Column::Destination, "NSDestination", false}, {Column::CallSign, "NSCallSign", false},
-    {Column::Mmsi, "NSMmsi", true}};
+constexpr ColumnText columns[] = {{Column::Name, "NSName", false},
+                                  {Column::Distance, "NSDistance", true},
+                                  {Column::Bearing, "NSBearing", true},
+                                  {Column::Speed, "NSGaugeLabel.sog", true},
+                                  {Column::Course, "NSGaugeLabel.cog", true},
+                                  {Column::LastReport, "NSAge", true},
+                                  {Column::Type, "NSShipType", false},
+                                  {Column::Class, "NSClass", false},
+                                  {Column::Length, "NSLength", true},
+                                  {Column::Heading, "NSGaugeLabel.heading", true},
+                                  {Column::Destination, "NSDestination", false},
+                                  {Column::CallSign, "NSCallSign", false},
+                                  {Column::Mmsi, "NSMmsi", true}};
 } // namespace
 
 AisTableModel::AisTableModel(LiveData& live, QObject* parent)
@@ -97,8 +102,7 @@ QString AisTableModel::textOf(const AISPosition& target, Column column) const
         return QString::fromStdString(target.destination());
     case Column::LastReport: {
         const auto now = m_live.now();
-        const QString age =
-            ageText(std::chrono::duration<double>(now - target.date()).count());
+        const QString age = ageText(std::chrono::duration<double>(now - target.date()).count());
         return target.timedOut(now) ? age + QStringLiteral(" ⌛") : age;
     }
     }

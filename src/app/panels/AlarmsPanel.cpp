@@ -7,6 +7,7 @@
 
 #include <QDateTime>
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLocale>
 #include <QPushButton>
@@ -40,8 +41,7 @@ AlarmsPanel::AlarmsPanel(ChartHost& host)
     for (const std::string& name : alarmToneNames())
         tones.push_back({name, text("NSTone." + name)});
     sound->addWidget(new QLabel(text("NSSetting.alarmSound"), this), 1);
-    sound->addWidget(
-        makeChoice(program, "alarmSound", "NSSetting.alarmSound", tones, "", this));
+    sound->addWidget(makeChoice(program, "alarmSound", "NSSetting.alarmSound", tones, "", this));
     auto* test = new QPushButton(text("NSTestSound"), this);
     makeTouchable(program, test);
     sound->addWidget(test);
@@ -88,43 +88,44 @@ QGridLayout* AlarmsPanel::makeWatches()
     grid->setColumnStretch(0, 1);
     grid->setVerticalSpacing(Theme::theme().px(4));
     const auto miles = [](double fallback) {
-        return NumberField{.highest = 100,
-                           .step = 0.05,
-                           .decimals = 2,
-                           .fallback = fallback,
-                           .unit = [] { return std::pair(1.0, QStringLiteral("NM")); }};
+        return NumberField{
+            .highest = 100, .step = 0.05, .decimals = 2, .fallback = fallback, .unit = [] {
+                return std::pair(1.0, QStringLiteral("NM"));
+            }};
     };
     GPSController& gps = program.live().gps();
     WaypointController& waypoints = program.waypointController();
     AISController& ais = program.live().ais();
     const auto positionKnown = [&gps] { return gps.position().isKnown(); };
-    addWatch(*grid, "NSAnchorWatch",
-             {nullptr, [&gps] { return gps.anchorAlarm(); }, positionKnown},
-             [&gps](bool on) { gps.setAnchorAlarm(on); },
-             makeNumber(program, "anchorDragDistance", "NSSetting.anchorDragDistance",
-                        {.lowest = 0.002,
-                         .highest = 1,
-                         .step = 5,
-                         .decimals = 0,
-                         .fallback = 0.05,
-                         .unit = shortDistanceUnit},
-                        this));
-    addWatch(*grid, "NSWatchArrival",
-             {nullptr, [&waypoints] { return waypoints.isWaypointArrivalAlarmOn(); },
-              positionKnown},
-             [&waypoints](bool on) { waypoints.setWaypointArrivalAlarm(on); },
-             makeNumber(program, "waypointApproachDistance", "NSSetting.waypointApproachDistance",
-                        miles(WaypointController::defaultApproachDistance), this));
-    addWatch(*grid, "NSWatchCrossTrack",
-             {nullptr, [&waypoints] { return waypoints.isCrossTrackAlarmOn(); }, positionKnown},
-             [&waypoints](bool on) { waypoints.setCrossTrackAlarm(on); },
-             makeNumber(program, "crossTrackDistance", "NSSetting.crossTrackDistance",
-                        miles(WaypointController::defaultCrossTrackDistance), this));
-    addWatch(*grid, "NSProximityAlarm",
-             {nullptr, [&ais] { return ais.proximityAlarm(); }, [] { return true; }},
-             [&ais](bool on) { ais.setProximityAlarm(on); },
-             makeNumber(program, "aisProximityDistance", "NSSetting.aisProximityDistance",
-                        miles(AISController::defaultProximityDistance), this));
+    addWatch(
+        *grid, "NSAnchorWatch", {nullptr, [&gps] { return gps.anchorAlarm(); }, positionKnown},
+        [&gps](bool on) { gps.setAnchorAlarm(on); },
+        makeNumber(program, "anchorDragDistance", "NSSetting.anchorDragDistance",
+                   {.lowest = 0.002,
+                    .highest = 1,
+                    .step = 5,
+                    .decimals = 0,
+                    .fallback = 0.05,
+                    .unit = shortDistanceUnit},
+                   this));
+    addWatch(
+        *grid, "NSWatchArrival",
+        {nullptr, [&waypoints] { return waypoints.isWaypointArrivalAlarmOn(); }, positionKnown},
+        [&waypoints](bool on) { waypoints.setWaypointArrivalAlarm(on); },
+        makeNumber(program, "waypointApproachDistance", "NSSetting.waypointApproachDistance",
+                   miles(WaypointController::defaultApproachDistance), this));
+    addWatch(
+        *grid, "NSWatchCrossTrack",
+        {nullptr, [&waypoints] { return waypoints.isCrossTrackAlarmOn(); }, positionKnown},
+        [&waypoints](bool on) { waypoints.setCrossTrackAlarm(on); },
+        makeNumber(program, "crossTrackDistance", "NSSetting.crossTrackDistance",
+                   miles(WaypointController::defaultCrossTrackDistance), this));
+    addWatch(
+        *grid, "NSProximityAlarm",
+        {nullptr, [&ais] { return ais.proximityAlarm(); }, [] { return true; }},
+        [&ais](bool on) { ais.setProximityAlarm(on); },
+        makeNumber(program, "aisProximityDistance", "NSSetting.aisProximityDistance",
+                   miles(AISController::defaultProximityDistance), this));
     return grid;
 }
 
@@ -170,8 +171,7 @@ void AlarmsPanel::reload()
     for (const AlarmEntry& entry : alarms.history()) {
         const auto time = [](std::chrono::system_clock::time_point point) {
             const auto moment = QDateTime::fromSecsSinceEpoch(
-                std::chrono::duration_cast<std::chrono::seconds>(point.time_since_epoch())
-                    .count());
+                std::chrono::duration_cast<std::chrono::seconds>(point.time_since_epoch()).count());
             return moment.date() == QDate::currentDate()
                 ? QLocale().toString(moment.time(), QLocale::ShortFormat)
                 : QLocale().toString(moment, QLocale::ShortFormat);

@@ -3,6 +3,7 @@
 #include "app/ChartHost.h"
 #include "app/SidePanel.h"
 
+#include <functional>
 #include <vector>
 
 class QCheckBox;

@@ -7,8 +7,13 @@
 #include "app/Text.h"
 #include "connections/Serial.h"
 
+#include <QComboBox>
+#include <QDoubleSpinBox>
 #include <QFileInfo>
 #include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPainter>
 #include <QPushButton>
@@ -48,8 +53,8 @@ QPixmap markPixmap(int mark)
     case WaitingMark:
         painter.setPen(Qt::NoPen);
         painter.setBrush(theme.colors().amber);
-        painter.drawPolygon(QPolygonF({QPointF(room.center().x(), room.top()), room.bottomRight(),
-                                       room.bottomLeft()}));
+        painter.drawPolygon(QPolygonF(
+            {QPointF(room.center().x(), room.top()), room.bottomRight(), room.bottomLeft()}));
         break;
     case SimulatedMark:
         painter.setPen(QPen(theme.colors().accent, 2));
@@ -504,11 +509,10 @@ QWidget* ConnectionsPanel::makeSimulatorPage()
             [&live](double knots) { live.simulator().setSpeed(static_cast<float>(knots)); });
     connect(m_simulatedHeading, &QDoubleSpinBox::valueChanged, this,
             [&live](double degrees) { live.simulator().setHeading(static_cast<float>(degrees)); });
-    connect(back, &QPushButton::clicked, this,
-            [&live] { live.simulator().resetStartPosition(); });
+    connect(back, &QPushButton::clicked, this, [&live] { live.simulator().resetStartPosition(); });
     connect(file, &QPushButton::clicked, this, [this, &live] {
-        const QString name = askForFile(m_host.window(), text("NSSimulatorFile"),
-                                        text("NSSimulatorFilter"));
+        const QString name =
+            askForFile(m_host.window(), text("NSSimulatorFile"), text("NSSimulatorFilter"));
         if (name.isEmpty())
             return;
         if (const auto started = live.simulate(name.toStdString()); !started)
@@ -588,9 +592,8 @@ void ConnectionsPanel::refresh()
     QString brief = stateWords(client, live.clock());
     int mark = markOf(client.state);
     if (network.serverConnected()) {
-        const QString serves =
-            countedText("NSServing", network.serverClientCount(),
-                        {QString::number(network.serverPort())});
+        const QString serves = countedText("NSServing", network.serverClientCount(),
+                                           {QString::number(network.serverPort())});
         words = client.state == State::Closed ? serves : words + QLatin1Char('\n') + serves;
         if (client.state == State::Closed) {
             brief = serves;

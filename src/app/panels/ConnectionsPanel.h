@@ -6,9 +6,7 @@
 
 #include <QTimer>
 
-#include <array>
-#include <functional>
-#include <map>
+#include <string>
 #include <vector>
 
 class QComboBox;
@@ -17,6 +15,7 @@ class QLabel;
 class QListWidget;
 class QPushButton;
 class QStackedWidget;
+class QVBoxLayout;
 
 namespace kelvox {
 
@@ -33,8 +32,8 @@ public:
     void listPorts(); ///< as the system has them now
 
 private:
-    void buildPort(class QVBoxLayout& rows);
-    void buildLog(class QVBoxLayout& rows);
+    void buildPort(QVBoxLayout& rows);
+    void buildLog(QVBoxLayout& rows);
     [[nodiscard]] std::string key(const char* name) const;
     void toggleRecording();
     void chooseReplay();

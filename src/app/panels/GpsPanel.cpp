@@ -6,8 +6,11 @@
 #include "navigation/NavMath.h"
 #include "navigation/ValueFormatters.h"
 
+#include <QCheckBox>
 #include <QFormLayout>
 #include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
 #include <QPainter>
 #include <QPushButton>
 #include <QScrollArea>
@@ -37,7 +40,7 @@ SkyView::SkyView(QWidget* parent)
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
 
-void SkyView::show(const SatelliteView& view)
+void SkyView::setView(const SatelliteView& view)
 {
     if (view.satellites == m_view.satellites && view.inUse == m_view.inUse)
         return;
@@ -89,9 +92,9 @@ void SkyView::paintSky(QPainter& painter, const QRectF& room) const
                                                      {"NSWindSouth", {0, 1}},
                                                      {"NSWindWest", {-1, 0}}};
     for (const auto& [key, way] : winds)
-        painter.drawText(QRectF(centre + way * (radius + theme.px(8)) - QPointF(12, 8),
-                                QSizeF(24, 16)),
-                         Qt::AlignCenter, text(key));
+        painter.drawText(
+            QRectF(centre + way * (radius + theme.px(8)) - QPointF(12, 8), QSizeF(24, 16)),
+            Qt::AlignCenter, text(key));
     for (const Satellite& satellite : m_view.satellites) {
         const double distance = radius * (90 - std::clamp(satellite.elevationDegrees, 0, 90)) / 90;
         const double angle = satellite.azimuthDegrees * std::numbers::pi / 180;
@@ -100,8 +103,9 @@ void SkyView::paintSky(QPainter& painter, const QRectF& room) const
         painter.setPen(QPen(used ? theme.colors().green : theme.colors().dim, 1.5));
         painter.setBrush(used ? theme.colors().green : theme.colors().background);
         painter.drawEllipse(at, disc, disc);
-        painter.setPen(used ? theme.colors().background
-                            : satellite.signal > 0 ? theme.colors().text : theme.colors().dim);
+        painter.setPen(used                       ? theme.colors().background
+                           : satellite.signal > 0 ? theme.colors().text
+                                                  : theme.colors().dim);
         painter.drawText(QRectF(at - QPointF(disc, disc), QSizeF(2 * disc, 2 * disc)),
                          Qt::AlignCenter, QString::number(satellite.number));
     }
@@ -119,7 +123,8 @@ void SkyView::paintSignals(QPainter& painter, const QRectF& room) const
     painter.setFont(small);
     double x = room.left();
     for (const Satellite& satellite : m_view.satellites) {
-        const double height = full * std::clamp(satellite.signal, 0, strongestSignal) / strongestSignal;
+        const double height =
+            full * std::clamp(satellite.signal, 0, strongestSignal) / strongestSignal;
         const double bottom = room.bottom() - label;
         const bool used = isUsed(satellite.number);
         const QRectF bar(x + step * 0.18, bottom - height, step * 0.64, height);
@@ -165,8 +170,8 @@ GpsPanel::GpsPanel(ChartHost& host)
     rows->addWidget(m_connect);
     auto* values = new QGridLayout;
     int cell = 0;
-    for (const char* key : {"NSGaugeLabel.sog", "NSGaugeLabel.cog", "NSAltitude", "NSTime",
-                            "NSHdop", "NSPdop"}) {
+    for (const char* key :
+         {"NSGaugeLabel.sog", "NSGaugeLabel.cog", "NSAltitude", "NSTime", "NSHdop", "NSPdop"}) {
         auto* label = makeHint(text(key), content);
         auto* value = new QLabel(content);
         value->setProperty("role", QStringLiteral("heading"));
@@ -271,8 +276,9 @@ void GpsPanel::refresh()
     else if (!gps.fix().empty())
         quality << QString::fromStdString(gps.fix());
     if (!view.satellites.empty())
-        quality << text("NSSatellitesUsed", {QString::number(view.inUse.size()),
-                                             QString::number(view.satellites.size())});
+        quality << text(
+            "NSSatellitesUsed",
+            {QString::number(view.inUse.size()), QString::number(view.satellites.size())});
     setText(m_quality, quality.join(QStringLiteral("  ·  ")));
     m_quality->setVisible(!quality.isEmpty());
     const auto precision = [](float value) {
@@ -288,7 +294,7 @@ void GpsPanel::refresh()
     setText(m_values["NSTime"], shown(gps.utc()));
     setText(m_values["NSHdop"], precision(view.hdop));
     setText(m_values["NSPdop"], precision(view.pdop));
-    m_sky->show(view);
+    m_sky->setView(view);
     refreshAnchor();
 }
 

@@ -17,7 +17,7 @@ class SkyView final : public QWidget {
     Q_OBJECT
 public:
     explicit SkyView(QWidget* parent);
-    void show(const SatelliteView& view);
+    void setView(const SatelliteView& view);
 
 protected:
     void paintEvent(QPaintEvent* event) override;

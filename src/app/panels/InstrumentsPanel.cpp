@@ -45,8 +45,7 @@ InstrumentsPanel::InstrumentsPanel(ChartHost& host)
     chooser->setContentsMargins(0, 0, 0, 0);
     chooser->addWidget(makeHint(text("NSChooseInstrumentsHint"), m_chooser));
     chooser->addWidget(m_choice, 1);
-    chooser->addWidget(
-        makeSwitch(program, "windApparent", "NSWindApparent", m_chooser));
+    chooser->addWidget(makeSwitch(program, "windApparent", "NSWindApparent", m_chooser));
     auto* moves = new QHBoxLayout;
     moves->addWidget(m_upButton);
     moves->addWidget(m_downButton);
@@ -62,8 +61,7 @@ InstrumentsPanel::InstrumentsPanel(ChartHost& host)
     connect(m_upButton, &QPushButton::clicked, this, [this] { moveChoice(-1); });
     connect(m_downButton, &QPushButton::clicked, this, [this] { moveChoice(1); });
     connect(m_choice, &QListWidget::itemChanged, this, &InstrumentsPanel::takeChoice);
-    connect(m_choice->model(), &QAbstractItemModel::rowsMoved, this,
-            &InstrumentsPanel::takeChoice);
+    connect(m_choice->model(), &QAbstractItemModel::rowsMoved, this, &InstrumentsPanel::takeChoice);
     connect(&program, &Program::settingChanged, this, [this](const QString& key) {
         if (key == QLatin1String("instruments.shown"))
             fillChoice();

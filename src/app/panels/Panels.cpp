@@ -50,12 +50,12 @@ void addLiveLayers(MainWindow& window)
          {&LiveData::staleChanged, &LiveData::anchorChanged, &LiveData::selectionChanged})
         QObject::connect(&live, signal, &window.chart(), qOverload<>(&QWidget::update));
     static const QSet<QString> drawn{
-        QStringLiteral("showUnderway"),       QStringLiteral("showStationary"),
-        QStringLiteral("showVesselNames"),    QStringLiteral("showAISClassB"),
-        QStringLiteral("aisVectorMinutes"),   QStringLiteral("vesselLength"),
-        QStringLiteral("vesselBeam"),         QStringLiteral("antennaFromBow"),
+        QStringLiteral("showUnderway"),         QStringLiteral("showStationary"),
+        QStringLiteral("showVesselNames"),      QStringLiteral("showAISClassB"),
+        QStringLiteral("aisVectorMinutes"),     QStringLiteral("vesselLength"),
+        QStringLiteral("vesselBeam"),           QStringLiteral("antennaFromBow"),
         QStringLiteral("antennaFromStarboard"), QStringLiteral("vesselVectorMinutes"),
-        QStringLiteral("showHeadingLine"),    QStringLiteral("anchorDragDistance")};
+        QStringLiteral("showHeadingLine"),      QStringLiteral("anchorDragDistance")};
     QObject::connect(&window.program(), &Program::settingChanged, &window.chart(),
                      [&chart = window.chart()](const QString& key) {
                          if (drawn.contains(key))
@@ -76,13 +76,13 @@ void addLiveCommands(MainWindow& window)
     QObject::connect(&program.live(), &LiveData::anchorChanged, anchor, [&program, anchor] {
         anchor->setChecked(program.live().gps().anchorAlarm());
     });
-    auto* proximity = window.commands().addSwitch(
-        "ais.proximityAlarm", "NSMenuVessel", {},
-        [&program](bool on) { program.live().ais().setProximityAlarm(on); });
-    QObject::connect(&program.live(), &LiveData::proximityAlarmChanged, proximity,
-                     [&program, proximity] {
-                         proximity->setChecked(program.live().ais().proximityAlarm());
-                     });
+    auto* proximity =
+        window.commands().addSwitch("ais.proximityAlarm", "NSMenuVessel", {}, [&program](bool on) {
+            program.live().ais().setProximityAlarm(on);
+        });
+    QObject::connect(
+        &program.live(), &LiveData::proximityAlarmChanged, proximity,
+        [&program, proximity] { proximity->setChecked(program.live().ais().proximityAlarm()); });
 }
 } // namespace
 
