@@ -28,8 +28,9 @@ protected:
         const QString daemon = QStandardPaths::findExecutable(QStringLiteral("dbus-daemon"));
         if (daemon.isEmpty())
             GTEST_SKIP() << "dbus-daemon is not installed";
-        m_daemon.start(daemon, {QStringLiteral("--session"), QStringLiteral("--nofork"),
-                                QStringLiteral("--print-address")});
+        m_daemon.start(daemon,
+                       {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                        QStringLiteral("--print-address")});
         ASSERT_TRUE(m_daemon.waitForReadyRead(20'000));
         m_address = QString::fromLatin1(m_daemon.readLine()).trimmed();
     }
@@ -59,8 +60,7 @@ TEST_F(DesktopBus, PositionsGoOutOnlyWhileACompanionOwnsItsName)
     Listener listener;
     ASSERT_TRUE(other.connect(QString(), QLatin1String(CompanionBus::objectPath),
                               QLatin1String(CompanionBus::interfaceName),
-                              QStringLiteral("gpsPosition"), &listener,
-                              SLOT(hear(QString))));
+                              QStringLiteral("gpsPosition"), &listener, SLOT(hear(QString))));
     // One that runs before the program does.
     ASSERT_TRUE(other.registerService(QStringLiteral("org.kelvox.Companion.Watch")));
     CompanionBus bus(connection());
@@ -94,9 +94,9 @@ TEST_F(DesktopBus, SleepAndWakingAreHeardFromTheLoginManagerOnly)
     QObject::connect(&watch, &SleepWatch::willSleep, [&] { ++sleeps; });
     QObject::connect(&watch, &SleepWatch::hasWoken, [&] { ++wakes; });
     const auto announce = [](QDBusConnection& from, bool begins) {
-        auto message = QDBusMessage::createSignal(
-            QStringLiteral("/org/freedesktop/login1"),
-            QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("PrepareForSleep"));
+        auto message = QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/login1"),
+                                                  QStringLiteral("org.freedesktop.login1.Manager"),
+                                                  QStringLiteral("PrepareForSleep"));
         message << begins;
         from.send(message);
     };

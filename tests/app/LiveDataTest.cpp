@@ -21,7 +21,8 @@ TEST(LiveData, APositionComesFromThePortThroughTheThreadToTheMainThread)
     scene.start();
     int moves = 0;
     QObject::connect(scene.live.get(), &LiveData::vesselMoved, [&] { ++moves; });
-    ASSERT_TRUE(runUntil([&] { return scene.live->status(ConsumerRole::GPS).state == State::Open; }));
+    ASSERT_TRUE(
+        runUntil([&] { return scene.live->status(ConsumerRole::GPS).state == State::Open; }));
     terminal.write(LiveScene::rmc("5954.000"));
     ASSERT_TRUE(runUntil([&] { return moves == 1; }));
     EXPECT_NEAR(scene.live->gps().position().latitude, 59.9, 1e-4);
@@ -56,7 +57,8 @@ TEST(LiveData, OpeningAPortStopsTheSimulation)
     ASSERT_TRUE(runUntil([&] { return scene.live->gps().position().isKnown(); }));
     scene.live->open(ConsumerRole::GPS);
     EXPECT_FALSE(scene.live->isSimulated());
-    ASSERT_TRUE(runUntil([&] { return scene.live->status(ConsumerRole::GPS).state == State::Open; }));
+    ASSERT_TRUE(
+        runUntil([&] { return scene.live->status(ConsumerRole::GPS).state == State::Open; }));
     terminal.write(LiveScene::rmc("5954.000"));
     EXPECT_TRUE(runUntil([&] { return scene.live->gps().position().latitude > 59; }));
 }
@@ -69,7 +71,8 @@ TEST(LiveData, AnotherPortInTheSettingsIsOpenedAndAClosedConnectionStaysClosed)
     scene.settings.set("serialPort", first.path());
     scene.start();
     scene.live->open(ConsumerRole::GPS);
-    ASSERT_TRUE(runUntil([&] { return scene.live->status(ConsumerRole::GPS).state == State::Open; }));
+    ASSERT_TRUE(
+        runUntil([&] { return scene.live->status(ConsumerRole::GPS).state == State::Open; }));
     scene.set("serialPort", second.path());
     ASSERT_TRUE(runUntil([&] {
         const auto status = scene.live->status(ConsumerRole::GPS);
@@ -109,7 +112,8 @@ TEST(LiveData, ARecordingIsReplayedFasterAndEndsByItself)
     const auto log = folder.path() / "passage.nmea";
     {
         std::ofstream file(log);
-        for (int minute = 0; minute < 10; ++minute) // four seconds apart: 40 s at the log's own pace
+        for (int minute = 0; minute < 10;
+             ++minute) // four seconds apart: 40 s at the log's own pace
             file << "\\c:" << 1'700'000'000 + 4 * minute << "\\"
                  << LiveScene::rmc(("590" + std::to_string(minute) + ".000").c_str());
     }
@@ -132,7 +136,8 @@ TEST(LiveData, TheAutopilotHearsWhereToSteerAndThenThatThereIsNothing)
     scene.settings.set("repeatSerialPort", terminal.path()); // out on the port it comes in on
     scene.start();
     scene.live->open(ConsumerRole::GPS);
-    ASSERT_TRUE(runUntil([&] { return scene.live->status(ConsumerRole::GPS).state == State::Open; }));
+    ASSERT_TRUE(
+        runUntil([&] { return scene.live->status(ConsumerRole::GPS).state == State::Open; }));
     scene.live->setSteering(SteeringTarget{.name = "BUOY4",
                                            .position = {.longitude = 10.6, .latitude = 59.9},
                                            .legStart = {.longitude = 10.4, .latitude = 59.9}});
@@ -158,7 +163,8 @@ TEST(LiveData, EndsAtOnceWhileAReaderWaitsForTheMainThread)
     scene.settings.set("serialPort", terminal.path());
     scene.start();
     scene.live->open(ConsumerRole::GPS);
-    ASSERT_TRUE(runUntil([&] { return scene.live->status(ConsumerRole::GPS).state == State::Open; }));
+    ASSERT_TRUE(
+        runUntil([&] { return scene.live->status(ConsumerRole::GPS).state == State::Open; }));
     // Its hand-over is posted, and the main thread never comes to it.
     terminal.write(LiveScene::rmc("5954.000"));
     auto& monitor = scene.live->connection(ConsumerRole::GPS).monitor();
