@@ -16,7 +16,7 @@ using TimePoint = std::chrono::system_clock::time_point;
 
 /// What the boat does not run aground or collide for.
 const std::set<std::string, std::less<>> cautions{"NSWaypointArrivalAlarm", "NSCrossTrackAlarm",
-                                                  "NSFailConnect"};
+                                                  "NSFailConnect", "NSLibraryProblems"};
 
 long long seconds(TimePoint time)
 {

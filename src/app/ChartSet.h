@@ -36,6 +36,7 @@ public:
         return m_library.places();
     }
     void rescan() { m_library.rescan(); }
+    void cancelScan() { m_library.cancelScan(); }
 
     /// Tells what the window shows; cheap enough for every step of a drag.
     void setView(const ViewFrame& frame);

@@ -93,6 +93,7 @@ void addChartTools(MainWindow& window)
     window.addPanel(new DisplayPanel(window));
 
     auto* measure = new MeasureTool(window);
+    picks.setMeasure([measure](Position position) { measure->startAt(position); });
     auto* views = new ViewKeeper(window);
     auto* search = new SearchBox(window, picks, &window);
     window.setSearch(search);

@@ -253,6 +253,9 @@ void PickLayer::paint(QPainter& painter, const ViewFrame& frame, const LayerLook
 void PickLayer::addToMenu(QMenu& menu, const ChartPointer& pointer, const ViewFrame& /*frame*/)
 {
     menu.addAction(text("NSWhatIsHere"), this, [this, pointer] { pick(pointer); });
+    if (m_measure)
+        menu.addAction(text("NSMeasureFromHere"), this,
+                       [this, pointer] { m_measure(pointer.position); });
 }
 
 bool PickLayer::cancel()

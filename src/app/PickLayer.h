@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QPointer>
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -25,6 +26,8 @@ public:
     void pick(const ChartPointer& pointer);
     /// A ring around a place until the next click.
     void mark(Position position);
+    /// Begins to measure at a place: a command of the chart's menu.
+    void setMeasure(std::function<void(Position)> measure) { m_measure = std::move(measure); }
     [[nodiscard]] const std::vector<ChartPick::Hit>& hits() const { return m_hits; }
     [[nodiscard]] std::size_t current() const { return m_current; }
     void show(std::size_t index); ///< one of the hits, in the card and on the chart
@@ -44,6 +47,7 @@ private:
     std::size_t m_current = 0;
     QPointer<QWidget> m_card;
     std::optional<Position> m_mark;
+    std::function<void(Position)> m_measure;
 };
 
 } // namespace kelvox

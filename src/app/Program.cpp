@@ -75,6 +75,16 @@ Program::Program(Places places)
     connectLive();
     m_live.start();
     setScheme(schemeOf(m_settings));
+    // A light that is not drawn is worse than a banner: it stays until it is acknowledged.
+    if (const auto problems = m_library.report().sentences(); !problems.empty()) {
+        std::string words;
+        for (const std::string& sentence : problems)
+            words += (words.empty() ? "" : "\n") + sentence;
+        m_alarms.show({.key = "NSLibraryProblems",
+                       .message = text("NSLibraryProblems").toStdString(),
+                       .informativeText = std::move(words),
+                       .button = text("NSOK").toStdString()});
+    }
 }
 
 Program::~Program()

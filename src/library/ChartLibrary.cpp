@@ -48,6 +48,15 @@ void ChartLibrary::rescan()
     request();
 }
 
+void ChartLibrary::cancelScan()
+{
+    const std::lock_guard lock(m_scanMutex);
+    if (!isScanning() || m_nextScan)
+        return;
+    m_scanCancelled = true;
+    m_scanStop.request_stop();
+}
+
 void ChartLibrary::request()
 {
     const std::lock_guard lock(m_scanMutex);
@@ -69,6 +78,7 @@ void ChartLibrary::runScans(const std::stop_token& stop)
             request = *std::move(m_nextScan);
             m_nextScan.reset();
             m_scanStop = {};
+            m_scanCancelled = false;
             scanStop = m_scanStop.get_token();
             if (stop.stop_requested())
                 return;
@@ -89,8 +99,11 @@ void ChartLibrary::runScans(const std::stop_token& stop)
                 report([this, progress] { take(progress); });
             },
             scanStop);
-        if (scanStop.stop_requested())
-            continue; // another request follows
+        {
+            const std::lock_guard lock(m_scanMutex);
+            if (scanStop.stop_requested() && !m_scanCancelled)
+                continue; // another request follows
+        }
         report([this, outcome, number = request.number] {
             m_lastReported = number;
             for (const Error& problem : outcome.problems)

@@ -41,6 +41,8 @@ public:
     [[nodiscard]] const std::vector<std::filesystem::path>& places() const { return m_places; }
     /// Looks for new, changed and removed files.
     void rescan();
+    /// Ends the look at the disk; what was read by then stays. Another begins with rescan().
+    void cancelScan();
     [[nodiscard]] bool isScanning() const { return m_lastReported != m_requests; }
 
     /// Every chart in the folders, in the order of the paths.
@@ -103,6 +105,7 @@ private:
     std::condition_variable_any m_scanWake;
     std::optional<Request> m_nextScan;
     std::stop_source m_scanStop; ///< of the scan at work
+    bool m_scanCancelled = false; ///< by the user: nothing follows
     std::jthread m_scanner;
 };
 

@@ -77,7 +77,10 @@ TEST_F(ImportJobTest, ACancelledImportLeavesNothing)
 TEST_F(ImportJobTest, ABrokenFileKeepsWhatWasCompleteAndOthersFollow)
 {
     import({write("broken.gpx", "<gpx>" + waypointText("WHOLE", 50) + "<wpt lat=\"51\""),
-            write("second.csv", "NEXT,55\xC2\xB0""30.000'N,010\xC2\xB0""00.000'E,Behind it\n"),
+            write("second.csv",
+                  "NEXT,55\xC2\xB0"
+                  "30.000'N,010\xC2\xB0"
+                  "00.000'E,Behind it\n"),
             folder.path() / "missing.kml"});
     EXPECT_EQ(program.waypoints().count(), 2U);
     const auto next = program.waypoints().waypointFromName("NEXT");

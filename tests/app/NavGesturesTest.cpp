@@ -122,11 +122,10 @@ TEST(SheetLine, LeavesOutWhatCannotBeSeen)
     SheetLine line;
     for (int i = 0; i <= 10'000; ++i)
         line.add({.longitude = i / 1000.0, .latitude = 50});
-    const auto frame = ViewFrame::at(Position{.longitude = 5, .latitude = 50}, 50'000, 0, 800, 600,
-                                     1, 66);
+    const auto frame =
+        ViewFrame::at(Position{.longitude = 5, .latitude = 50}, 50'000, 0, 800, 600, 1, 66);
     qsizetype points = 0;
-    line.project(SheetToPoints(frame), 10,
-                 [&](const QPolygonF& part) { points += part.size(); });
+    line.project(SheetToPoints(frame), 10, [&](const QPolygonF& part) { points += part.size(); });
     EXPECT_GT(points, 10);
     EXPECT_LT(points, 400) << "a view of a quarter of a degree shows a fortieth of the line";
 }

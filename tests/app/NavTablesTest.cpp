@@ -101,8 +101,8 @@ TEST_F(NavTables, AClickOnTheChartSelectsInTheListAndTheOtherWayRound)
 
 TEST_F(NavTables, RoutePointsShowLegsOrSums)
 {
-    const auto trip = route("Trip", {waypoint("A", {300, 300}), waypoint("B", {400, 300}),
-                                     waypoint("C", {500, 300})});
+    const auto trip = route(
+        "Trip", {waypoint("A", {300, 300}), waypoint("B", {400, 300}), waypoint("C", {500, 300})});
     RoutePointTable table(program);
     table.show(trip, 5);
     if (!program.routes().showsCumulativeDistance())

@@ -1,8 +1,8 @@
 // The tests of the window's parts need an application; it shows nothing anywhere.
 
-#include <gtest/gtest.h>
+#include "app/Application.h"
 
-#include <QApplication>
+#include <gtest/gtest.h>
 
 int main(int argc, char** argv)
 {
@@ -10,7 +10,7 @@ int main(int argc, char** argv)
     // Nobody's bus: the tests that want one start their own.
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
     qputenv("XDG_RUNTIME_DIR", "/nonexistent");
-    QApplication application(argc, argv);
+    kelvox::Application application(argc, argv);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

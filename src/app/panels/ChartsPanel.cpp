@@ -30,6 +30,7 @@ ChartsPanel::ChartsPanel(ChartHost& host, ChartOutlineLayer& outlines)
     , m_list(new QTableView(this))
     , m_status(new QLabel(this))
     , m_progress(new QProgressBar(this))
+    , m_cancel(new QPushButton(text("NSCancel"), this))
 {
     auto* rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 0, 0, 0);
@@ -40,13 +41,20 @@ ChartsPanel::ChartsPanel(ChartHost& host, ChartOutlineLayer& outlines)
     m_status->setProperty("role", QStringLiteral("dim"));
     m_status->setWordWrap(true);
     m_progress->hide();
-    rows->addWidget(m_progress);
+    m_cancel->hide();
+    m_cancel->setAccessibleName(text("NSCancel"));
+    connect(m_cancel, &QPushButton::clicked, this, [this] { m_host.charts().cancelScan(); });
+    auto* reading = new QHBoxLayout;
+    reading->addWidget(m_progress, 1);
+    reading->addWidget(m_cancel);
+    rows->addLayout(reading);
     rows->addWidget(m_status);
 
     ChartSet& charts = host.charts();
     connect(&charts, &ChartSet::chartsChanged, this, &ChartsPanel::reload);
     connect(&charts, &ChartSet::scanned, this, [this] {
         m_progress->hide();
+        m_cancel->hide();
         reload();
     });
     connect(&charts, &ChartSet::progress, this, [this](int done, int total) {
@@ -55,6 +63,7 @@ ChartsPanel::ChartsPanel(ChartHost& host, ChartOutlineLayer& outlines)
         m_progress->setFormat(
             text("NSReadingCharts", {QStringLiteral("%v"), QStringLiteral("%m")}));
         m_progress->setVisible(done < total);
+        m_cancel->setVisible(done < total);
     });
     reload();
 }

@@ -47,6 +47,7 @@ private:
     QTableView* m_list;
     QLabel* m_status;
     QProgressBar* m_progress;
+    QPushButton* m_cancel;
 };
 
 } // namespace kelvox
