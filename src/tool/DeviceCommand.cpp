@@ -1,6 +1,6 @@
 // kelvox-tool device: waypoints, routes and tracks to and from GPS receivers.
 
-#include "devices/DeviceStrings.h"
+#include "base/Strings.h"
 #include "devices/DeviceTransfer.h"
 #include "exchange/ExchangeFile.h"
 #include "tool/Command.h"
@@ -108,7 +108,7 @@ void run(Tool& tool, const Options& options, DeviceJob::Direction direction)
     }
     const StopOnSignal stop;
     GPSTransfer::Hooks hooks{.stop = stop.token(), .message = [](const std::string& key) {
-                                 std::fprintf(stderr, "%s\n", deviceStrings().text(key).c_str());
+                                 std::fprintf(stderr, "%s\n", englishStrings().text(key).c_str());
                              }};
     if (!options.quiet)
         hooks.progress = show;
