@@ -62,11 +62,8 @@ Rect grown(const Rect& view, double margin)
     return view.grownBy(view.width() * margin, view.height() * margin);
 }
 
-std::vector<std::vector<Point>> ringsOf(const ChartRecord& chart)
+std::vector<std::vector<Point>> boxRing(const Rect& box)
 {
-    if (!chart.coverage.empty())
-        return chart.coverage;
-    const Rect& box = chart.bounds;
     return {{{box.left, box.bottom},
              {box.right, box.bottom},
              {box.right, box.top},
@@ -81,13 +78,15 @@ void take(const std::vector<Candidate>& candidates, const Rect& area, CoverageSw
         if (sweep.isFull())
             return;
         const ChartRecord& chart = **candidate.record;
-        const auto rings = ringsOf(chart);
+        const std::vector<std::vector<Point>> box =
+            chart.coverage.empty() ? boxRing(chart.bounds) : std::vector<std::vector<Point>>();
+        const auto& rings = chart.coverage.empty() ? box : chart.coverage;
         bool isTaken = false;
         for (const double shift : std::array{-360.0, 0.0, 360.0}) {
-            Rect box = chart.bounds;
-            box.left += shift;
-            box.right += shift;
-            if (!box.intersects(area) || !sweep.wouldAdd(rings, shift))
+            Rect bounds = chart.bounds;
+            bounds.left += shift;
+            bounds.right += shift;
+            if (!bounds.intersects(area) || !sweep.wouldAdd(rings, shift))
                 continue;
             isTaken = true;
             if (!chart.coverage.empty()) // else what it holds inside its bounds is not known
@@ -109,17 +108,25 @@ bool fits(const ChartRecords& charts, const SelectionLimits& limits)
 /// Leaves out the charts farthest from the middle.
 void shorten(ChartRecords& charts, const Rect& area, const SelectionLimits& limits)
 {
-    const auto distance = [&](const std::shared_ptr<const ChartRecord>& chart) {
-        const Point middle = chart->bounds.center() - area.center();
-        return std::hypot(std::remainder(middle.x, 360.0) / area.width(), middle.y / area.height());
-    };
-    while (charts.size() > 1 && !fits(charts, limits)) {
-        const auto farthest =
-            std::max_element(charts.begin(), charts.end(), [&](const auto& a, const auto& b) {
-                return distance(a) < distance(b);
-            });
-        charts.erase(farthest);
+    if (fits(charts, limits))
+        return;
+    std::vector<std::pair<double, const ChartRecord*>> nearest;
+    for (const auto& chart : charts) {
+        const Point off = chart->bounds.center() - area.center();
+        nearest.emplace_back(
+            std::hypot(std::remainder(off.x, 360.0) / area.width(), off.y / area.height()),
+            chart.get());
     }
+    std::sort(nearest.begin(), nearest.end());
+    std::set<const ChartRecord*> kept;
+    std::uint64_t bytes = 0;
+    for (const auto& [distance, chart] : nearest) {
+        bytes += chart->stamp.size;
+        if (!kept.empty() && (kept.size() >= limits.charts || bytes > limits.fileBytes))
+            break;
+        kept.insert(chart);
+    }
+    std::erase_if(charts, [&](const auto& chart) { return !kept.contains(chart.get()); });
 }
 
 struct Picked {
@@ -153,7 +160,9 @@ Picked pick(const ChartRecords& charts, const ChartArea& view, const Rect& area,
                     return cellCandidate(chart, view.scale, reduced, wasSelected);
                 });
             take(candidates, area, sweep, picked.cells);
-            if (fits(picked.cells, limits))
+            const bool canGiveWay = std::any_of(candidates.begin(), candidates.end(),
+                                                [](const Candidate& c) { return c.rank == 0; });
+            if (!canGiveWay || fits(picked.cells, limits))
                 break;
         }
         shorten(picked.cells, area, limits);

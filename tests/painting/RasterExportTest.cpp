@@ -67,7 +67,7 @@ TEST(RasterExport, ShowsEachFeatureWhereTheCellsShowIt)
     ASSERT_TRUE(DemoCharts::write(folder.path()));
     WorkerPool pool(1);
     const ChartPainter painter(pool);
-    S52Model library({folders::applicationResources()});
+    S52Model library({folders::applicationResources(), folders::userData()});
     S52Render presentation(library);
     ChartScene cells;
     for (const char* cell : {"KV4K0101.000", "KV3K0010.000"}) {
