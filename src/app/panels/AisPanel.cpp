@@ -1,6 +1,7 @@
 #include "app/panels/AisPanel.h"
 
 #include "app/AisTargetDetails.h"
+#include "app/Program.h"
 #include "app/SettingControls.h"
 #include "app/Text.h"
 #include "app/panels/AisTableModel.h"

@@ -5,6 +5,8 @@
 #include "app/nav/NavText.h"
 #include "navigation/TextSearch.h"
 
+#include <QFont>
+
 namespace kelvox {
 
 namespace {
