@@ -15,8 +15,8 @@ namespace kelvox {
 struct ExportChoice {
     enum class What { Waypoints, Group, Route, Tracks, Everything };
     What what = What::Everything;
-    std::string group; ///< of Group
-    RoutePointer route; ///< of Route
+    std::string group = {}; ///< of Group
+    RoutePointer route = {}; ///< of Route
 };
 
 /// Writes the choice, in the format of the file's ending: GPX, KML or CSV.
