@@ -2,6 +2,7 @@
 
 #include "app/SettingsCatalog.h"
 #include "app/Text.h"
+#include "app/nav/NavLinks.h"
 #include "base/Folders.h"
 
 #include <thread>
@@ -71,7 +72,7 @@ Program::Program(Places places)
     m_grib.loadSettings(m_settings);
     loadModels();
     connectModels();
-    m_navLinks = std::make_unique<NavLinks>(*this);
+    new NavLinks(*this);
     connectLive();
     m_live.start();
     setScheme(schemeOf(m_settings));

@@ -6,7 +6,6 @@
 #include "app/MainExecutor.h"
 #include "app/SleepWatch.h"
 #include "app/Theme.h"
-#include "app/nav/NavLinks.h"
 #include "base/FileSettings.h"
 #include "navigation/RouteController.h"
 #include "navigation/SharedModels.h"
@@ -113,7 +112,6 @@ private:
     GribController m_weather;
     S52Model& m_library;
     S52Render m_presentation;
-    std::unique_ptr<NavLinks> m_navLinks;
     ColorScheme m_scheme = ColorScheme::Day;
     QTimer m_saveTimer;
     // One signal for many changes in a row.

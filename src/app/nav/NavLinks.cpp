@@ -5,7 +5,8 @@
 namespace kelvox {
 
 NavLinks::NavLinks(Program& program)
-    : m_program(program)
+    : QObject(&program)
+    , m_program(program)
 {
     program.live().gps().addListener(*this);
     connect(&program, &Program::settingChanged, this, &NavLinks::takeSettings);

@@ -14,7 +14,7 @@ class Program;
 class NavLinks final : public QObject, public GPSListener {
     Q_OBJECT
 public:
-    explicit NavLinks(Program& program);
+    explicit NavLinks(Program& program); ///< owned by the program
 
     void setVariation(float degrees) override;
     /// Steers to the receiver's waypoint, unless the user steers to one of his own.

@@ -23,14 +23,35 @@ QByteArray drawingOf(const QString& name)
     return {};
 }
 
-/// A picture with colours of its own is taken down to what the scheme allows.
-void dim(QPixmap& pixmap, const LayerLook& look)
+/// Colours that a drawing brings are taken down to what the scheme allows.
+void darken(QByteArray& drawing, const LayerLook& look)
 {
     if (look.color("DEPDW").lightness() > 127)
         return; // day
-    QPainter painter(&pixmap);
-    painter.setCompositionMode(QPainter::CompositionMode_SourceAtop);
-    painter.fillRect(pixmap.rect(), QColor(0, 0, 0, 255 - look.color("CHWHT").lightness()));
+    const double share = look.color("CHWHT").lightnessF();
+    constexpr qsizetype length = 7; // "#rrggbb"
+    for (qsizetype at = drawing.indexOf('#'); at >= 0; at = drawing.indexOf('#', at + 1)) {
+        const QColor color(QLatin1String(drawing.mid(at, length)));
+        if (color.isValid())
+            drawing.replace(at, length,
+                            QColor::fromRgbF(float(color.redF() * share),
+                                             float(color.greenF() * share),
+                                             float(color.blueF() * share))
+                                .name()
+                                .toLatin1());
+    }
+}
+
+void paintDrawing(QPainter& painter, QByteArray drawing, const LayerLook& look)
+{
+    darken(drawing, look);
+    // First with broad lines in the water's colour: a rim that keeps it legible on anything.
+    QByteArray rim = drawing;
+    rim.replace("currentColor", look.color("DEPDW").name().toLatin1());
+    rim.replace("stroke-width=\"1.5\"", "stroke-width=\"4\"");
+    QSvgRenderer(rim).render(&painter);
+    drawing.replace("currentColor", look.color("CHBLK").name().toLatin1());
+    QSvgRenderer(drawing).render(&painter);
 }
 
 /// What a name ends with says the colour, what it begins with the shape.
@@ -136,18 +157,14 @@ QPixmap waypointSymbol(int index, const LayerLook& look, int size, double pixelR
         return pixmap;
     pixmap = QPixmap(QSize(size, size) * pixelRatio);
     pixmap.fill(Qt::transparent);
-    QByteArray drawing = drawingOf(name);
-    const bool hasColors = drawing.contains("\"#") || drawing.contains(":#");
-    drawing.replace("currentColor", ink.name().toLatin1());
+    const QByteArray drawing = drawingOf(name);
     {
         QPainter painter(&pixmap);
-        if (QSvgRenderer renderer(drawing); renderer.isValid())
-            renderer.render(&painter);
-        else
+        if (drawing.isEmpty())
             paintShape(painter, *icon, look, size * pixelRatio);
+        else
+            paintDrawing(painter, drawing, look);
     }
-    if (hasColors)
-        dim(pixmap, look);
     pixmap.setDevicePixelRatio(pixelRatio);
     QPixmapCache::insert(key, pixmap);
     return pixmap;
