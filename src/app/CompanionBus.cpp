@@ -23,8 +23,8 @@ CompanionBus::CompanionBus(const QDBusConnection& bus, QObject* parent)
 {
     if (!m_bus.isConnected())
         return;
-    auto* watcher = new QDBusServiceWatcher(QString::fromLatin1(companionName) + QLatin1Char('*'), m_bus,
-                                            QDBusServiceWatcher::WatchForOwnerChange, this);
+    auto* watcher = new QDBusServiceWatcher(QString::fromLatin1(companionName) + QLatin1Char('*'),
+                                            m_bus, QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString& name, const QString& /*before*/, const QString& owner) {
                 setCompanion(name, !owner.isEmpty());

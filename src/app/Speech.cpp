@@ -21,8 +21,7 @@ struct Words {
 SPDConnection* openService()
 {
     char* error = nullptr; // the library insists on saying it
-    auto* connection =
-        spd_open2("kelvox", "alarms", nullptr, SPD_MODE_SINGLE, nullptr, 1, &error);
+    auto* connection = spd_open2("kelvox", "alarms", nullptr, SPD_MODE_SINGLE, nullptr, 1, &error);
     std::free(error); // NOLINT(cppcoreguidelines-no-malloc): it is the library's way
     return connection;
 }
