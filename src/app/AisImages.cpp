@@ -84,7 +84,7 @@ const QImage& AisImages::symbolImage(const AISSymbol& symbol, const QColor& line
     for (qsizetype i = 0; i + 1 < strike.size(); i += 2)
         painter.drawLine(strike[i], strike[i + 1]);
     painter.end();
-    return *m_symbols.insert(key, std::move(image));
+    return *m_symbols.insert(key, image);
 }
 
 void AisImages::paintSymbol(QPainter& painter, const AISSymbol& symbol, QPointF at,
@@ -123,7 +123,7 @@ const QImage& AisImages::labelImage(const std::string& name)
     painter.setPen(m_look.line);
     painter.drawText(base, words);
     painter.end();
-    return *m_labels.insert(key, std::move(image));
+    return *m_labels.insert(key, image);
 }
 
 QSizeF AisImages::labelSize(const std::string& name)

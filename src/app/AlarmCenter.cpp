@@ -33,8 +33,8 @@ AlarmCenter::AlarmCenter(const Clock& clock, std::filesystem::path history, QObj
     : QObject(parent)
     , m_clock(clock)
     , m_file(std::move(history))
-    , m_voice(std::make_unique<AlarmVoice>(
-          m_file.empty() ? std::filesystem::path() : m_file.parent_path() / "sounds"))
+    , m_voice(std::make_unique<AlarmVoice>(m_file.empty() ? std::filesystem::path()
+                                                          : m_file.parent_path() / "sounds"))
 {
     readHistory();
 }

@@ -12,7 +12,7 @@ namespace kelvox {
 namespace {
 bool isCompanion(const QString& name)
 {
-    const QLatin1String companion(CompanionBus::companionName);
+    const auto companion = QString::fromLatin1(CompanionBus::companionName);
     return name == companion || name.startsWith(companion + QLatin1Char('.'));
 }
 } // namespace
@@ -23,8 +23,8 @@ CompanionBus::CompanionBus(const QDBusConnection& bus, QObject* parent)
 {
     if (!m_bus.isConnected())
         return;
-    auto* watcher = new QDBusServiceWatcher(QLatin1String(companionName) + QLatin1Char('*'), m_bus,
-                                            QDBusServiceWatcher::WatchForOwnerChange, this);
+    auto* watcher = new QDBusServiceWatcher(QString::fromLatin1(companionName) + QLatin1Char('*'),
+                                            m_bus, QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString& name, const QString& /*before*/, const QString& owner) {
                 setCompanion(name, !owner.isEmpty());

@@ -287,7 +287,8 @@ void Gauge::paintTape(QPainter& painter, const QRectF& room) const
     painter.setFont(sized(font(), theme.px(12)));
     const int middle = static_cast<int>(std::round(*m_reading.degrees / 5)) * 5;
     for (int mark = middle - 50; mark <= middle + 50; mark += 5) {
-        const double x = tape.center().x() + (static_cast<float>(mark) - *m_reading.degrees) * pointsPerDegree;
+        const double x =
+            tape.center().x() + (mark - static_cast<double>(*m_reading.degrees)) * pointsPerDegree;
         const int bearing = ((mark % 360) + 360) % 360;
         const bool named = bearing % 30 == 0;
         painter.setPen(QPen(theme.colors().dim, named ? 2 : 1));

@@ -49,6 +49,8 @@ LiveData::LiveData(const Services& services, ReaderThread::Pace pace, QObject* p
     m_gps.addListener(*this);
     m_instruments.setAIS(&m_ais);
     m_instruments.setGPS(&m_gps);
+    m_instruments.setRepeat(
+        [this](std::string_view line) { m_instrumentsConnection.writeToRepeatTarget(line); });
     m_ais.setNotification(&m_notification);
     m_gpsConnection.setInstruments(&m_instrumentsConnection);
     m_network.setObserver(&m_tcpip);
@@ -125,6 +127,16 @@ NmeaConnection& LiveData::connection(ConsumerRole role)
 ConnectionStatus LiveData::status(ConsumerRole role)
 {
     return connection(role).reader().status();
+}
+
+bool LiveData::isConnected()
+{
+    const Settings& settings = m_services.settings;
+    for (const auto role : {ConsumerRole::GPS, ConsumerRole::Instruments, ConsumerRole::AIS})
+        if (status(role).state != ConnectionStatus::State::Closed || isReplaying(role)
+            || connection(role).connectsAtStart())
+            return true;
+    return settings.boolean("tcpipClientModeTCP") || settings.boolean("tcpipClientModeUDP");
 }
 
 Result<void> LiveData::simulate(const std::filesystem::path& description)

@@ -41,6 +41,9 @@ public:
     /// Starts the reader threads and opens what the settings want open.
     void start();
 
+    /// Whether data come in from elsewhere, or are to as soon as they can.
+    [[nodiscard]] bool isConnected();
+
     /// Lets the simulated vessel of a description sail; see SimulatorDescription.h.
     [[nodiscard]] Result<void> simulate(const std::filesystem::path& description);
     void setSimulating(bool on);

@@ -594,6 +594,8 @@ void MainWindow::openDemo()
     m_charts.open({resources / "demo"});
     m_chart->setScale(demoScale);
     setFollowing(true);
+    if (m_program.live().isConnected())
+        return; // invented positions have no place among real ones
     if (const auto started = m_program.live().simulate(resources / "simulation.json"); !started)
         showNote(QString::fromStdString(started.error().message));
     if (FirstStartCard::isWanted(m_program.settings()))

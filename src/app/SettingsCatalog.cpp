@@ -275,10 +275,10 @@ void addWeather(std::vector<Item>& items)
 
 void addState(std::vector<Item>& items)
 {
-    for (const char* key :
-         {"window.geometry", "window.state", "chart.scale", "chart.latitude", "chart.longitude",
-           "chart.rotation", "chart.follow", "chart.courseUp", "charts.places", "panel.*",
-           "shortcut.*", "instruments.shown", "weather.file", "firstStart.*", "settings.group"})
+    for (const char* key : {"window.geometry", "window.state", "chart.scale", "chart.latitude",
+                            "chart.longitude", "chart.rotation", "chart.follow", "chart.courseUp",
+                            "charts.places", "panel.*", "shortcut.*", "instruments.shown",
+                            "weather.file", "firstStart.*", "settings.group"})
         items.push_back({.key = key});
 }
 } // namespace

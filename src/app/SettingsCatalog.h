@@ -38,7 +38,7 @@ public:
         std::string unit = {}; ///< e.g. "NM"; empty for a bare number
         std::vector<Choice> choices = {};
 
-        /// "NSSetting.KEY", and "NSSettingHelp.KEY", which not every setting has.
+        /// Of the setting's name, and of a sentence about it, which not every setting has.
         [[nodiscard]] std::string labelKey() const { return "NSSetting." + key; }
         [[nodiscard]] std::string helpKey() const { return "NSSettingHelp." + key; }
     };

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <condition_variable>
+#include <cstdlib>
 #include <deque>
 #include <mutex>
 #include <thread>
@@ -16,6 +17,15 @@ struct Words {
     std::string text;
     std::string language;
 };
+
+/// Null where there is none; starts it where it does not run yet.
+SPDConnection* openService()
+{
+    char* error = nullptr; // the library insists on saying it
+    auto* connection = spd_open2("kelvox", "alarms", nullptr, SPD_MODE_SINGLE, nullptr, 1, &error);
+    std::free(error); // NOLINT(cppcoreguidelines-no-malloc): it is the library's way
+    return connection;
+}
 } // namespace
 
 struct Speech::Shared {
@@ -44,8 +54,7 @@ void Speech::Shared::run(const std::shared_ptr<Shared>& shared)
         // The service may have been restarted since the last alarm: then once more from the start.
         for (int attempt = 0; attempt < 2; ++attempt) {
             if (!connection)
-                connection =
-                    spd_open2("kelvox", "alarms", nullptr, SPD_MODE_SINGLE, nullptr, 1, nullptr);
+                connection = openService();
             if (!connection)
                 break;
             if (!next.language.empty())

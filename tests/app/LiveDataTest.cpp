@@ -19,6 +19,7 @@ TEST(LiveData, APositionComesFromThePortThroughTheThreadToTheMainThread)
     scene.settings.set("serialPort", terminal.path());
     scene.settings.set("connectGPSAtStartup", true);
     scene.start();
+    EXPECT_TRUE(scene.live->isConnected());
     int moves = 0;
     QObject::connect(scene.live.get(), &LiveData::vesselMoved, [&] { ++moves; });
     ASSERT_TRUE(
