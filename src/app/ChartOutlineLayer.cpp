@@ -1,5 +1,6 @@
 #include "app/ChartOutlineLayer.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 

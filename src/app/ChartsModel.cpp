@@ -29,11 +29,19 @@ void ChartsModel::setFilter(const QString& text)
 
 void ChartsModel::sort(int column, Qt::SortOrder order)
 {
-    beginResetModel();
+    emit layoutAboutToBeChanged({}, VerticalSortHint);
+    const QModelIndexList before = persistentIndexList();
+    ChartRecords kept; // what is selected stays so
+    for (const QModelIndex& one : before)
+        kept.push_back(record(one.row()));
     m_column = column;
     m_order = order;
     arrange();
-    endResetModel();
+    QModelIndexList after;
+    for (qsizetype i = 0; i < before.size(); ++i)
+        after << index(rowOf(kept[static_cast<std::size_t>(i)]->path), before[i].column());
+    changePersistentIndexList(before, after);
+    emit layoutChanged({}, VerticalSortHint);
 }
 
 void ChartsModel::arrange()

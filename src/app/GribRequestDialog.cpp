@@ -92,12 +92,12 @@ GribRequestDialog::GribRequestDialog(ChartHost& host, QWidget* parent)
     buttons->addWidget(m_open);
     m_send->setVisible(!settings.text("smtpServer").empty());
     rows->addLayout(buttons);
-    connect(m_kind, &QComboBox::currentIndexChanged, this, &GribRequestDialog::update);
-    connect(&host.chart(), &ChartView::viewChanged, this, &GribRequestDialog::update);
-    connect(&host.program(), &Program::settingChanged, this, &GribRequestDialog::update);
+    connect(m_kind, &QComboBox::currentIndexChanged, this, &GribRequestDialog::refresh);
+    connect(&host.chart(), &ChartView::viewChanged, this, &GribRequestDialog::refresh);
+    connect(&host.program(), &Program::settingChanged, this, &GribRequestDialog::refresh);
     connect(m_open, &QPushButton::clicked, this, &GribRequestDialog::openInMailProgram);
     connect(m_send, &QPushButton::clicked, this, &GribRequestDialog::sendDirectly);
-    update();
+    refresh();
 }
 
 std::optional<Mail> GribRequestDialog::compose() const
@@ -112,7 +112,7 @@ std::optional<Mail> GribRequestDialog::compose() const
     return request.compose(kind.model, kind.parameters, first, second);
 }
 
-void GribRequestDialog::update()
+void GribRequestDialog::refresh()
 {
     const auto mail = compose();
     const bool hasAddress = !m_host.program().settings().text("gribRequestAddress").empty();

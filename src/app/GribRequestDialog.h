@@ -23,7 +23,7 @@ public:
 
 private:
     [[nodiscard]] std::optional<Mail> compose() const;
-    void update();
+    void refresh();
     void openInMailProgram();
     void sendDirectly();
 

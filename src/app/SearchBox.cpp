@@ -7,6 +7,7 @@
 #include "app/Program.h"
 #include "app/Text.h"
 #include "app/TypedPosition.h"
+#include "navigation/NavMath.h"
 #include "navigation/PositionFormatter.h"
 #include "navigation/TextSearch.h"
 #include "navigation/ValueFormatters.h"

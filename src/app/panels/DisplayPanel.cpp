@@ -49,8 +49,8 @@ DisplayPanel::DisplayPanel(ChartHost& host)
     lines->addStretch(1);
     area->setWidget(page);
     rows->addWidget(area, 1);
-    connect(&host.program(), &Program::schemeChanged, this, &DisplayPanel::update);
-    update();
+    connect(&host.program(), &Program::schemeChanged, this, &DisplayPanel::refresh);
+    refresh();
 }
 
 QWidget* DisplayPanel::makeLight()
@@ -88,7 +88,7 @@ QWidget* DisplayPanel::makeLight()
     return box;
 }
 
-void DisplayPanel::update()
+void DisplayPanel::refresh()
 {
     const auto scheme = static_cast<std::size_t>(m_host.program().scheme());
     for (std::size_t i = 0; i < m_schemes.size(); ++i)

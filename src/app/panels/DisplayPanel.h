@@ -16,7 +16,7 @@ public:
 
 private:
     [[nodiscard]] QWidget* makeLight();
-    void update();
+    void refresh();
 
     ChartHost& m_host;
     std::vector<QPushButton*> m_schemes; ///< day, dusk, night

@@ -104,7 +104,15 @@ void WeatherPanel::buildFile()
     m_file = new QLabel(this);
     m_file->setWordWrap(true);
     m_file->setProperty("role", QStringLiteral("dim"));
-    rows->addWidget(m_file);
+    auto* fileRow = new QHBoxLayout;
+    fileRow->addWidget(m_file, 1);
+    m_close = new QToolButton(this);
+    m_close->setFixedSize(theme.px(40), theme.px(40));
+    m_close->setToolTip(text("NSCloseWeather"));
+    m_close->setAccessibleName(text("NSCloseWeather"));
+    connect(m_close, &QToolButton::clicked, this, &WeatherPanel::closeFile);
+    fileRow->addWidget(m_close, 0, Qt::AlignTop);
+    rows->addLayout(fileRow);
     auto* loading = new QHBoxLayout;
     m_progress = new QProgressBar(this);
     m_progress->setRange(0, 0);
@@ -194,6 +202,7 @@ void WeatherPanel::restyle()
     const Theme& theme = Theme::theme();
     m_previous->setIcon(theme.icon(QStringLiteral("previous")));
     m_next->setIcon(theme.icon(QStringLiteral("next")));
+    m_close->setIcon(theme.icon(QStringLiteral("close")));
     m_play->setIcon(
         theme.icon(m_playTimer.isActive() ? QStringLiteral("pause") : QStringLiteral("play")));
 }
@@ -238,7 +247,7 @@ void WeatherPanel::open(const std::filesystem::path& file)
     });
 }
 
-void WeatherPanel::close()
+void WeatherPanel::closeFile()
 {
     setPlaying(false);
     m_host.program().gribModel().closeGrib();
@@ -256,6 +265,7 @@ void WeatherPanel::reload()
     const auto dates = weather.forecastDates();
     m_timeBox->setVisible(!dates.empty());
     m_export->setEnabled(!dates.empty());
+    m_close->setVisible(!dates.empty());
     if (dates.empty()) {
         m_file->setText(text("NSNoWeather"));
     } else {

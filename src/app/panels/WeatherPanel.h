@@ -35,7 +35,7 @@ private:
     void buildTime();
     void buildSwitches();
     void chooseFile();
-    void close();
+    void closeFile();
     void exportKml();
     void reload();
     void updateTime();
@@ -47,6 +47,7 @@ private:
     QLabel* m_file = nullptr;
     QProgressBar* m_progress = nullptr;
     QPushButton* m_cancel = nullptr;
+    QToolButton* m_close = nullptr;
     QPushButton* m_export = nullptr;
     QWidget* m_timeBox = nullptr;
     QLabel* m_time = nullptr;
