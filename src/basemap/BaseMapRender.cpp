@@ -79,12 +79,25 @@ private:
                 m_points.push_back(m_toPixels.map(
                     {m_map.longitude(bin, vertices[i].x), m_map.ordinate(bin, vertices[i].y)}));
             }
-        if (m_points.size() < 3)
+        if (m_points.size() < 3 || isPuddle())
             return;
         appendShore();
         if (m_clipping)
             clipRing(m_clip, m_points, m_scratch);
         m_land.appendRing(m_points);
+    }
+    /// Whether the points go around water too small to be told from dirt: the lakes of the north
+    /// would otherwise darken half a continent. Islands are kept, however small.
+    [[nodiscard]] bool isPuddle() const
+    {
+        constexpr double smallest = 16; // square pixels
+        double twice = 0; // the area, positive around water since pixels count downwards
+        Point a = m_points.back();
+        for (const Point b : m_points) {
+            twice += a.x * b.y - b.x * a.y;
+            a = b;
+        }
+        return twice > 0 && twice < 2 * smallest;
     }
     void appendShore()
     {

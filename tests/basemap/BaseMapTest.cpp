@@ -317,6 +317,26 @@ TEST(BaseMapRender, ShoresAreLinesAndTheEdgesOfBinsAreNot)
     EXPECT_EQ(points, 4U) << "two pieces of shore that meet in the middle of the picture";
 }
 
+TEST(BaseMapRender, LeavesOutLakesTooSmallToSeeButNoIsland)
+{
+    const auto map =
+        Shoreline()
+            .land(0, 1)
+            .line(0, 1, 2, None, None, {{10, 30}, {10, 31}, {11, 31}, {11, 30}, {10, 30}})
+            .line(0, 0, 1, None, None, {{80, 30}, {81, 30}, {81, 31}, {80, 31}, {80, 30}})
+            .map();
+    const auto rings = [&](int scale) {
+        PathCanvas canvas;
+        drawBaseMap(map, frameAt(90, 30, scale, 0), {}, canvas);
+        std::size_t count = 0;
+        for (const Path& area : canvas.areas)
+            count += area.subPathCount();
+        return count;
+    };
+    EXPECT_EQ(rings(60'000'000), 2U) << "the continent and the island";
+    EXPECT_EQ(rings(20'000'000), 3U) << "and the lake";
+}
+
 TEST(BaseMapRender, CutsToThePictureAndHatchesWhatIsTooFine)
 {
     const TemporaryFolder folder;
