@@ -117,6 +117,29 @@ TEST(SheetLine, RunsOnAcrossTheDateLineAndShowsOnBothSides)
     }
 }
 
+// A leg over an ocean, drawn to its end, held the window up for seconds.
+TEST(SheetLine, IsCutNearTheViewAndStaysWhereItWas)
+{
+    SheetLine line;
+    line.add({.longitude = -60, .latitude = 0});
+    line.add({.longitude = 60, .latitude = 0});
+    const auto frame =
+        ViewFrame::at(Position{.longitude = 0, .latitude = 0}, 50'000, 30, 800, 600, 1, 66);
+    int parts = 0;
+    line.project(SheetToPoints(frame), 10, [&](const QPolygonF& part) {
+        ++parts;
+        for (const QPointF& p : part)
+            EXPECT_LT(std::hypot(p.x() - 400, p.y() - 300), 1100);
+        // Turned by 30 degrees about the middle, the equator passes it still.
+        const QLineF drawn(part.first(), part.last());
+        EXPECT_NEAR(QLineF(drawn.p1(), QPointF(400, 300)).length()
+                        + QLineF(QPointF(400, 300), drawn.p2()).length(),
+                    drawn.length(), 0.01);
+        EXPECT_NEAR(std::fmod(drawn.angle() + 180, 180), 30, 0.01);
+    });
+    EXPECT_EQ(parts, 1);
+}
+
 TEST(SheetLine, LeavesOutWhatCannotBeSeen)
 {
     SheetLine line;

@@ -82,8 +82,7 @@ protected:
     void mouse(QEvent::Type type, QPointF where, Qt::MouseButtons buttons)
     {
         const auto button = type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton;
-        QMouseEvent event(type, where, chart().mapToGlobal(where), button, buttons,
-                          Qt::NoModifier);
+        QMouseEvent event(type, where, chart().mapToGlobal(where), button, buttons, Qt::NoModifier);
         QApplication::sendEvent(&chart(), &event);
     }
     void press(QPointF where) { mouse(QEvent::MouseButtonPress, where, Qt::LeftButton); }

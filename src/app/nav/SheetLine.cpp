@@ -77,4 +77,33 @@ double SheetLine::firstTurn(const Rect& visible) const
     return std::ceil(visible.left - box.right);
 }
 
+// A pen pays for every pixel of a line, also for those far outside: legs over an ocean are cut.
+bool SheetLine::clip(Point& begin, Point& end, const Rect& box)
+{
+    if (box.contains(begin) && box.contains(end))
+        return true;
+    const Point along = end - begin;
+    double first = 0; // shares of the piece, after Liang and Barsky
+    double last = 1;
+    const auto cut = [&](double slope, double room) {
+        if (slope == 0)
+            return room >= 0;
+        const double share = room / slope;
+        if (slope < 0)
+            first = std::max(first, share);
+        else
+            last = std::min(last, share);
+        return first <= last;
+    };
+    if (!cut(-along.x, begin.x - box.left) || !cut(along.x, box.right - begin.x)
+        || !cut(-along.y, begin.y - box.bottom) || !cut(along.y, box.top - begin.y))
+        return false;
+    const Point from = begin;
+    if (first > 0)
+        begin = from + along * first;
+    if (last < 1)
+        end = from + along * last;
+    return true;
+}
+
 } // namespace kelvox

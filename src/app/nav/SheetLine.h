@@ -61,35 +61,40 @@ private:
                        Draw&& draw) const
     {
         constexpr double finest = 0.7; // display points between vertices
+        const auto turned = [turn](SheetPlace place) { return Point{place.x + turn, place.y}; };
+        const auto project = [&](Point p) { return toPoints({p.x, p.y}); };
         QPolygonF part;
-        bool outside = true; // the last place was, and is not in the part
-        for (std::size_t i = 0; i < places.size(); ++i) {
-            const Point here{places[i].x + turn, places[i].y};
-            const bool isIn = visible.contains(here);
-            bool touches = isIn;
-            if (!isIn && i > 0) {
-                Rect piece;
-                piece.include(here);
-                piece.include(Point{places[i - 1].x + turn, places[i - 1].y});
-                touches = piece.intersects(visible);
-            }
-            if (touches && outside && i > 0)
-                part << toPoints({places[i - 1].x + turn, places[i - 1].y});
-            if (touches) {
-                const QPointF p = toPoints({here.x, here.y});
-                const bool last = i + 1 == places.size();
-                if (part.isEmpty() || last || !isIn
-                    || (p - part.last()).manhattanLength() >= finest)
-                    part << p;
-            } else if (!part.isEmpty()) {
+        const auto flush = [&] {
+            if (!part.isEmpty())
                 draw(part);
-                part.clear();
+            part.clear();
+        };
+        if (places.size() == 1 && visible.contains(turned(places.front())))
+            part << project(turned(places.front()));
+        for (std::size_t i = 1; i < places.size(); ++i) {
+            const Point from = turned(places[i - 1]);
+            const Point to = turned(places[i]);
+            Point begin = from;
+            Point end = to;
+            if (!clip(begin, end, visible)) {
+                flush();
+                continue;
             }
-            outside = !touches;
+            if (begin != from)
+                flush();
+            if (part.isEmpty())
+                part << project(begin);
+            const QPointF p = project(end);
+            if (end != to || i + 1 == places.size()
+                || (p - part.last()).manhattanLength() >= finest)
+                part << p;
+            if (end != to)
+                flush();
         }
-        if (!part.isEmpty())
-            draw(part);
+        flush();
     }
+    /// Cuts the piece to the box; false where none of it lies within.
+    [[nodiscard]] static bool clip(Point& begin, Point& end, const Rect& box);
 };
 
 } // namespace kelvox

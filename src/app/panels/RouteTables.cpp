@@ -166,7 +166,7 @@ QVariant RoutePointTable::headerData(int section, Qt::Orientation orientation, i
     if (role == Qt::TextAlignmentRole)
         return QVariant::fromValue(alignmentOf(section));
     const char* const keys[] = {"NSWaypoint", isCumulative() ? "NSTotalDistance" : "NSLegDistance",
-                                "NSBearing", isCumulative() ? "NSTotalTime" : "NSLegTime"};
+                                "NSBearing", "NSLegTime"};
     return role == Qt::DisplayRole ? QVariant(text(keys[section])) : QVariant();
 }
 

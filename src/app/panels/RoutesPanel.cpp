@@ -24,6 +24,7 @@ QDoubleSpinBox* makeMiles(QWidget* parent, const char* name)
 {
     auto* box = new QDoubleSpinBox(parent);
     box->setRange(0.01, 100);
+    box->setButtonSymbols(QAbstractSpinBox::NoButtons);
     box->setDecimals(2);
     box->setSingleStep(0.05);
     box->setSuffix(QStringLiteral(" NM"));
@@ -65,6 +66,7 @@ RoutesPanel::RoutesPanel(NavActions& actions)
     m_reason->setWordWrap(true);
     m_reason->hide();
     m_speed->setRange(0.1, 60);
+    m_speed->setButtonSymbols(QAbstractSpinBox::NoButtons);
     m_speed->setDecimals(1);
     m_speed->setSingleStep(0.5);
     m_speed->setSuffix(QStringLiteral(" kn"));

@@ -50,6 +50,7 @@ TracksPanel::TracksPanel(NavActions& actions)
     , m_export(new QToolButton(this))
 {
     m_interval->setRange(1, 3600);
+    m_interval->setButtonSymbols(QAbstractSpinBox::NoButtons);
     m_interval->setSuffix(QStringLiteral(" s"));
     m_interval->setKeyboardTracking(false);
     m_interval->setToolTip(text("NSTrackInterval"));
