@@ -22,26 +22,30 @@ struct Work {
 };
 
 constexpr std::size_t portionSize = 400;
-/// Pixels around the picture from which texts are gathered: about the length of a long name, so
-/// that a label is placed as it will be once its neighbours have come into the picture.
+/// Display points around the picture from which texts are gathered: about the length of a long
+/// name, so that a label is placed as it will be once its neighbours have come into the picture.
 constexpr double textMargin = 192;
+
+double textReach(const ViewFrame& frame)
+{
+    return textMargin * frame.pixelsPerPoint;
+}
 
 Rect boxAroundPicture(const ViewFrame& frame, double reach)
 {
     return {-reach, -reach, frame.width + reach, frame.height + reach};
 }
 
-/// Whether a path that is clipped to a box fills all of it.
+/// Whether a path that is clipped to a box fills all of it. With a hole it never does.
 bool fills(const Path& rings, const Rect& box)
 {
+    if (rings.subPathCount() != 1)
+        return false;
     double twice = 0;
-    for (std::size_t i = 0; i < rings.subPathCount(); ++i) {
-        const auto ring = rings.subPath(i);
-        Point a = ring.back();
-        for (const Point b : ring) {
-            twice += a.x * b.y - b.x * a.y;
-            a = b;
-        }
+    Point a = rings.points().back();
+    for (const Point b : rings.points()) {
+        twice += a.x * b.y - b.x * a.y;
+        a = b;
     }
     return std::abs(twice) / 2 > box.width() * box.height() * (1 - 1e-9);
 }
@@ -55,8 +59,8 @@ struct Plan {
 Plan planOf(const ChartScene& scene, const ViewFrame& frame)
 {
     Plan plan;
-    const Rect box = frame.coveredBox(textMargin);
-    const Rect clip = boxAroundPicture(frame, textMargin);
+    const Rect box = frame.coveredBox(textReach(frame));
+    const Rect clip = boxAroundPicture(frame, textReach(frame));
     bool full = false;
     for (std::size_t rank = 0; rank < scene.cells.size() && !full; ++rank) {
         const auto& geometry = scene.cells[rank];
@@ -66,7 +70,7 @@ Plan planOf(const ChartScene& scene, const ViewFrame& frame)
             if (!geometry->bounds().intersects(shifted))
                 continue;
             const auto found = geometry->featuresIn(shifted);
-            for (auto& waters : coveredWaters(*geometry, found, frame, shift, textMargin)) {
+            for (auto& waters : coveredWaters(*geometry, found, frame, shift, textReach(frame))) {
                 full = full || fills(waters.rings, clip);
                 plan.covered.push_back(std::move(waters));
             }
@@ -167,7 +171,7 @@ QImage ChartPainter::paint(const ChartScene& scene, const ViewFrame& frame,
                              .cellRank = work.cellRank,
                              .longitudeShift = work.longitudeShift,
                              .covered = std::span(plan.covered).first(work.cellsAbove),
-                             .textBox = boxAroundPicture(frame, textMargin)},
+                             .textBox = boxAroundPicture(frame, textReach(frame))},
                             {drawn[i].ground, drawn[i].marks, drawn[i].texts});
     });
     const auto figures = figuresFor(scene, frame.pixelsPerPoint);

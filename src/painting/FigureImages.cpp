@@ -124,17 +124,30 @@ private:
     double m_textWidth;
 };
 
+/// How a text lies in its picture.
+struct TextLayout {
+    TextLayout(const TextFigure& figure, double pixelsPerPoint)
+        : line(figure, figure.size * pixelsPerPoint)
+        // Whole pixels, so that the letters of the halo come from the same cache as those on top.
+        , halo(figure.halo ? std::max(1, qRound(haloWidth * pixelsPerPoint)) : 0)
+        , start(halo + 1, std::ceil(line.above()) + halo + 1)
+        , size(static_cast<int>(std::ceil(line.width())) + 2 * (halo + 1),
+               static_cast<int>(std::ceil(start.y() + line.below())) + halo + 1)
+    {
+    }
+    TextLine line;
+    int halo; ///< pixels
+    QPointF start; ///< of the base line
+    QSize size;
+};
+
 FigureImage paintText(const TextFigure& figure, double pixelsPerPoint)
 {
-    const TextLine line(figure, figure.size * pixelsPerPoint);
-    // Whole pixels, so that the letters of the halo come from the same cache as those on top.
-    const int halo = figure.halo ? std::max(1, qRound(haloWidth * pixelsPerPoint)) : 0;
-    const int border = halo + 1;
-    const QPointF start(border, std::ceil(line.above()) + border);
-    FigureImage result{QImage(static_cast<int>(std::ceil(line.width())) + 2 * border,
-                              static_cast<int>(std::ceil(start.y() + line.below())) + border,
-                              QImage::Format_ARGB32_Premultiplied),
-                       {}};
+    const TextLayout layout(figure, pixelsPerPoint);
+    const TextLine& line = layout.line;
+    const int halo = layout.halo;
+    const QPointF start = layout.start;
+    FigureImage result{QImage(layout.size, QImage::Format_ARGB32_Premultiplied), {}};
     if (result.image.isNull())
         return {};
     // The middle of the capital letters is what stands on the anchor.
@@ -213,8 +226,20 @@ FigureImage FigureImages::text(const TextFigure& figure) const
 
 Size FigureImages::size(const TextFigure& figure) const
 {
-    const QSize pixels = text(figure).image.size();
-    return {pixels.width() / m_pixelsPerPoint, pixels.height() / m_pixelsPerPoint};
+    // Laid out but not painted: most of the names of a dense chart find no room.
+    std::string key = keyOf(figure);
+    {
+        const std::shared_lock lock(m_mutex);
+        if (const auto found = m_sizes.find(key); found != m_sizes.end())
+            return found->second;
+    }
+    const QSize pixels = TextLayout(figure, m_pixelsPerPoint).size;
+    const Size size{pixels.width() / m_pixelsPerPoint, pixels.height() / m_pixelsPerPoint};
+    const std::unique_lock lock(m_mutex);
+    if (m_sizes.size() >= mostTexts)
+        m_sizes.clear();
+    m_sizes.try_emplace(std::move(key), size);
+    return size;
 }
 
 } // namespace kelvox

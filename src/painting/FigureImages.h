@@ -39,6 +39,7 @@ private:
     mutable std::shared_mutex m_mutex;
     std::unordered_map<std::string, FigureImage> m_symbols;
     mutable std::unordered_map<std::string, FigureImage> m_texts;
+    mutable std::unordered_map<std::string, Size> m_sizes;
 };
 
 } // namespace kelvox

@@ -101,6 +101,10 @@ void S57ObjectRender::drawLights(const Parameter& p) const
         }
         strokeFigure(p, circle, {m_colors.textColor, 2, LinePattern::Solid});
     }
+    if (p.hits) { // one that shows nothing but its sector is found where it stands
+        const double reach = 8 * m_frame.pixelsPerPoint;
+        p.hits->hitBox(Rect{p.anchor.x, p.anchor.y, p.anchor.x, p.anchor.y}.grownBy(reach, reach));
+    }
     drawLightCharacter(p);
     if (m_frame.view.scale() < sectorScale && m_settings.showSectors
         && p.object.sectr1().value_or(0) != 0 && p.object.sectr2().value_or(0) != 0)

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 #include <sys/wait.h>
@@ -131,6 +132,26 @@ TEST_F(ToolTest, DumpsRecords)
     EXPECT_EQ(broken.code, 1);
     EXPECT_EQ(broken.lines().size() + 1, lines.size()); // what stands before the break
     EXPECT_TRUE(isOneLineNaming(broken.errors, "B.000")) << broken.errors;
+}
+
+TEST_F(ToolTest, TellsWhatLiesAtAPlace)
+{
+    ASSERT_TRUE(SmallCell().writer.save(path("")));
+    const auto picked = run("pick --at 59.5,10.48 --scale 10000 .");
+    EXPECT_EQ(picked.code, 0) << picked.errors;
+    const auto lines = picked.lines();
+    ASSERT_EQ(lines.size(), 4U) << picked.output;
+    const auto buoy = std::ranges::find(lines, "BOYCAR",
+                                        [](const Json& line) { return line.value("class", ""); });
+    ASSERT_LT(buoy - lines.begin(), 2) << "the buoy and its topmark come before the areas";
+    EXPECT_EQ((*buoy)["title"], "Grønn");
+    EXPECT_EQ((*buoy)["cell"], "KV5TEST1");
+    EXPECT_EQ((*buoy)["attributes"][2]["words"], "black, yellow");
+    EXPECT_EQ(lines[2]["class"], "DEPARE");
+    EXPECT_EQ(lines[2]["attributes"][0]["words"], "10 m");
+    EXPECT_EQ(lines[3]["kind"], "information");
+    EXPECT_TRUE(run("pick --at 1,1 .").output.empty());
+    EXPECT_EQ(run("pick --at north .").code, 2);
 }
 
 TEST_F(ToolTest, SaysWhatWentWrong)
