@@ -22,6 +22,7 @@ public:
     [[nodiscard]] Program& program() override { std::abort(); }
     [[nodiscard]] ChartView& chart() override { std::abort(); }
     [[nodiscard]] Commands& commands() override { std::abort(); }
+    [[nodiscard]] ChartSet& charts() override { std::abort(); }
     [[nodiscard]] QWidget& window() override { std::abort(); }
     SidePanel* openPanel(const QString&) override { return nullptr; }
     void showPosition(Position) override { }
@@ -30,6 +31,8 @@ public:
     void setTool(ChartLayer*) override { }
     [[nodiscard]] ChartLayer* tool() const override { return nullptr; }
     void openFiles(const std::vector<std::filesystem::path>&) override { }
+    void setChartPlaces(const std::vector<std::filesystem::path>&) override { }
+    void openDemo() override { }
 };
 
 class Traffic {

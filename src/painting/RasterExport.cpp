@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 #include <unordered_map>
 
@@ -33,15 +34,25 @@ struct Colors {
         for (const auto& [color, count] : counts)
             frequent.emplace_back(count, color);
         std::sort(frequent.rbegin(), frequent.rend());
-        for (const auto& [count, color] : frequent)
-            if (kept.size() < mostColors)
-                kept.push_back(color);
-        for (const auto& [color, count] : counts) {
-            int least = std::numeric_limits<int>::max();
-            for (std::size_t i = 0; i < kept.size(); ++i)
-                if (const int distance = squaredDistance(color, kept[i]); distance < least) {
-                    least = distance;
-                    numbers[color] = static_cast<std::uint8_t>(i + 1);
+        // What would suffer most is kept next: a rare red light must not turn brown among the many
+        // shades of a smooth edge.
+        std::vector<int> distances(frequent.size(), std::numeric_limits<int>::max());
+        while (!frequent.empty() && kept.size() < mostColors) {
+            const auto loss = [&](std::size_t i) {
+                return std::sqrt(static_cast<double>(frequent[i].first)) * distances[i];
+            };
+            std::size_t worst = 0;
+            for (std::size_t i = 1; i < frequent.size(); ++i)
+                if (loss(i) > loss(worst))
+                    worst = i;
+            if (distances[worst] == 0)
+                break;
+            kept.push_back(frequent[worst].second);
+            for (std::size_t i = 0; i < frequent.size(); ++i)
+                if (const int distance = squaredDistance(frequent[i].second, kept.back());
+                    distance < distances[i]) {
+                    distances[i] = distance;
+                    numbers[frequent[i].second] = static_cast<std::uint8_t>(kept.size());
                 }
         }
     }
@@ -62,8 +73,11 @@ Palette meanColors(const Colors& colors, const QImage& day, const QImage& other)
     std::vector<Sum> sums(colors.kept.size() + 1);
     for (int y = 0; y < day.height(); ++y)
         for (int x = 0; x < day.width(); ++x) {
+            const std::uint8_t number = colors.numberOf(day.pixel(x, y));
+            if ((day.pixel(x, y) | 0xFF000000U) != colors.kept[number - 1U])
+                continue; // a blend that had to give way would only dull the colour
             const QRgb color = other.pixel(x, y);
-            Sum& sum = sums[colors.numberOf(day.pixel(x, y))];
+            Sum& sum = sums[number];
             sum.red += static_cast<unsigned>(qRed(color));
             sum.green += static_cast<unsigned>(qGreen(color));
             sum.blue += static_cast<unsigned>(qBlue(color));

@@ -51,8 +51,9 @@ TEST(SettingsCatalog, KnowsWhatTheModulesAskFor)
     const std::set<std::string> never{"useGPSPort", "useInstrumentsPort",
                                       "instruments.useInstrumentsPort"};
     for (const auto& key : settings.asked)
-        if (!never.contains(key))
+        if (!never.contains(key)) {
             EXPECT_TRUE(SettingsCatalog::catalog().find(key)) << key;
+        }
 }
 
 TEST(SettingsCatalog, KnowsEveryKeyNamedInTheSources)
@@ -86,14 +87,16 @@ TEST(SettingsCatalog, HasAWordForEverythingThatItShows)
         EXPECT_TRUE(texts.contains(item.group)) << item.group;
         bool standardIsOffered = item.choices.empty();
         for (const auto& choice : item.choices) {
-            if (choice.label.starts_with("NS"))
+            if (choice.label.starts_with("NS")) {
                 EXPECT_TRUE(texts.contains(choice.label)) << choice.label;
+            }
             standardIsOffered = standardIsOffered || choice.value == item.standard;
         }
         EXPECT_TRUE(standardIsOffered) << item.key;
-        if (item.kind == SettingsCatalog::Kind::Number)
+        if (item.kind == SettingsCatalog::Kind::Number) {
             EXPECT_EQ(item.decimals == 0, std::holds_alternative<long long>(item.standard))
                 << item.key;
+        }
     }
 }
 

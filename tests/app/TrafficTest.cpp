@@ -22,6 +22,7 @@ protected:
     [[nodiscard]] Program& program() override { return m_program; }
     [[nodiscard]] ChartView& chart() override { return m_chart; }
     [[nodiscard]] Commands& commands() override { return m_commands; }
+    [[nodiscard]] ChartSet& charts() override { return m_charts; }
     [[nodiscard]] QWidget& window() override { return m_window; }
     SidePanel* openPanel(const QString& name) override
     {
@@ -38,6 +39,8 @@ protected:
     void setTool(ChartLayer* /*tool*/) override { }
     [[nodiscard]] ChartLayer* tool() const override { return nullptr; }
     void openFiles(const std::vector<std::filesystem::path>& /*files*/) override { }
+    void setChartPlaces(const std::vector<std::filesystem::path>& /*places*/) override { }
+    void openDemo() override { }
 
     void hear(unsigned mmsi, double longitude, double latitude, int speed = 100)
     {
@@ -77,6 +80,7 @@ private:
                        .state = m_folder.path() / "s",
                        .resources = m_folder.path() / "r"}};
     ChartView m_chart{m_program.pool()};
+    ChartSet m_charts{m_program.executor(), m_program.library(), {}};
     QWidget m_window;
     Commands m_commands{m_window, m_program.settings()};
 };
