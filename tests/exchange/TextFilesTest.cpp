@@ -172,8 +172,9 @@ TEST(KMLImport, ArchivesThatClimbOutWriteNothingOutside)
     for (const auto& row : rows) {
         ASSERT_TRUE(writeFileAtomically(secret, "<kml/>"));
         const auto read = scene.import(zipText(row.members));
-        if (row.read)
+        if (row.read) {
             EXPECT_EQ(read, row.read) << row.why;
+        }
         EXPECT_EQ(readFile(secret).value_or(""), "<kml/>") << row.why;
         std::filesystem::remove(secret);
         EXPECT_EQ(scene.left(), "") << row.why;
