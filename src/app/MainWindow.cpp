@@ -173,6 +173,8 @@ MainWindow::MainWindow(Program& program)
 
 MainWindow::~MainWindow()
 {
+    if (m_tool)
+        m_tool->cancel(); // while there is a whole window to put it away in
     m_chart->setLayers({});
 }
 
