@@ -50,7 +50,7 @@ AisTargetDetails::AisTargetDetails(ChartHost& host, QWidget* parent)
     });
     LiveData& live = host.program().live();
     for (const auto signal :
-         {&LiveData::targetsChanged, &LiveData::vesselMoved, &LiveData::selectionChanged})
+         {&LiveData::targetsChanged, &LiveData::vesselChanged, &LiveData::selectionChanged})
         connect(&live, signal, this, &AisTargetDetails::refresh);
     connect(&host.program(), &Program::unitsChanged, this, &AisTargetDetails::refresh);
     refresh();

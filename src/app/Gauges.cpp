@@ -419,7 +419,7 @@ GaugeStack::GaugeStack(Program& program, int columns, QWidget* parent)
         }
     });
     for (const auto signal :
-         {&LiveData::vesselMoved, &LiveData::instrumentsChanged, &LiveData::staleChanged})
+         {&LiveData::vesselChanged, &LiveData::instrumentsChanged, &LiveData::staleChanged})
         connect(&program.live(), signal, this, &GaugeStack::refresh);
     for (const auto signal : {&Program::unitsChanged, &Program::steeringChanged})
         connect(&program, signal, this, &GaugeStack::refresh);

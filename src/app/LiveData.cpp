@@ -55,6 +55,8 @@ LiveData::LiveData(const Services& services, ReaderThread::Pace pace, QObject* p
     m_gpsConnection.setInstruments(&m_instrumentsConnection);
     m_network.setObserver(&m_tcpip);
 
+    connect(&m_vesselTimer, &QTimer::timeout, this, &LiveData::vesselChanged);
+    m_vesselTimer.setSingleShot(true);
     for (QTimer* timer :
          {&m_reopenTimer, &m_instrumentsTimer, &m_targetsTimer, &m_pictureTimer, &m_gotoTimer})
         timer->setSingleShot(true);
@@ -371,6 +373,17 @@ void LiveData::plotPosition(Position position)
         m_swing.push_back(position);
     }
     emit vesselMoved();
+    m_vesselTimer.start(0);
+}
+
+void LiveData::plotCourse(float /*degreesTrue*/)
+{
+    m_vesselTimer.start(0);
+}
+
+void LiveData::plotSpeed(float /*knots*/)
+{
+    m_vesselTimer.start(0);
 }
 
 void LiveData::recordTrack(const TrackSample& sample)

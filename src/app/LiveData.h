@@ -99,12 +99,15 @@ public:
     [[nodiscard]] const std::vector<Position>& swing() const { return m_swing; }
 
     void plotPosition(Position position) override;
+    void plotCourse(float degreesTrue) override;
+    void plotSpeed(float knots) override;
     void recordTrack(const TrackSample& sample) override;
     void satellitesChanged() override;
     void setAnchorPosition(Position position) override;
 
 signals:
-    void vesselMoved();
+    void vesselMoved(); ///< each position, in the middle of its sentence
+    void vesselChanged(); ///< for displays: when all that the sentences say has been taken over
     void targetsChanged(); ///< the list; at most ten times a second
     void targetsMoved(); ///< what the chart shows of them; the same
     void instrumentsChanged(); ///< the same
@@ -152,6 +155,7 @@ private:
     std::vector<Position> m_swing;
     unsigned m_stale = ~0U;
     QTimer m_reopenTimer;
+    QTimer m_vesselTimer;
     QTimer m_instrumentsTimer;
     QTimer m_targetsTimer;
     QTimer m_pictureTimer;

@@ -145,7 +145,7 @@ MainWindow::MainWindow(Program& program)
     connect(m_chart, &ChartView::panned, this, [this] { setFollowing(false); });
     connectCharts();
     for (const auto signal :
-         {&LiveData::vesselMoved, &LiveData::staleChanged, &LiveData::connectionsChanged})
+         {&LiveData::vesselChanged, &LiveData::staleChanged, &LiveData::connectionsChanged})
         connect(&program.live(), signal, this, &MainWindow::updateVessel);
     connect(&program.live(), &LiveData::targetsMoved, m_chart, qOverload<>(&QWidget::update));
     for (const auto signal :

@@ -135,6 +135,8 @@ QTableView, QTreeView, QListView { background: $background; alternate-background
   color: $text; border: none; gridline-color: $border; selection-background-color: $selection;
   selection-color: $text; }
 QTableView::item, QTreeView::item, QListView::item { padding: @4px @6px; }
+QTableView::item:selected, QTreeView::item:selected, QListView::item:selected {
+  background: $selection; color: $text; }
 QHeaderView { background: $background; }
 QHeaderView::section { background: $background; color: $dim; border: none;
   border-bottom: 1px solid $border; padding: @4px @6px; }

@@ -129,7 +129,7 @@ void AisPanel::restyle()
 {
     const Theme& theme = Theme::theme();
     m_table->verticalHeader()->setDefaultSectionSize(theme.px(36));
-    const int widths[] = {150, 86, 72, 82, 72, 66, 110, 52, 80, 72, 130, 80, 100};
+    const int widths[] = {150, 100, 84, 82, 72, 66, 110, 52, 80, 72, 130, 80, 100};
     for (int i = 0; i < m_model->columnCount(); ++i)
         m_table->setColumnWidth(i, theme.px(widths[i]));
 }

@@ -406,6 +406,7 @@ QWidget* ConnectionsPanel::makeNetworkPage()
     m_networkState = new QLabel(page);
     m_networkState->setWordWrap(true);
     rows->addWidget(m_networkState);
+    rows->addSpacing(Theme::theme().px(8));
     rows->addWidget(makeHeading("NSNetworkClient", page));
     const auto toggle = [&](const char* key) {
         rows->addWidget(makeSwitch(program, key, std::string("NSSetting.") + key, page));
@@ -556,7 +557,9 @@ void ConnectionsPanel::setRow(Row row, const QString& state, int kind)
         item->setText(words);
     if (item->data(Qt::UserRole).toInt() != kind || item->icon().isNull()) {
         item->setData(Qt::UserRole, kind);
-        item->setIcon(QIcon(markPixmap(kind)));
+        QIcon icon(markPixmap(kind));
+        icon.addPixmap(markPixmap(kind), QIcon::Selected); // a state is not tinted
+        item->setIcon(icon);
     }
 }
 

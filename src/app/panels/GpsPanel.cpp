@@ -233,7 +233,7 @@ GpsPanel::GpsPanel(ChartHost& host)
             [this] { m_host.openPanel(QStringLiteral("connections")); });
     connect(m_anchorSwitch, &QCheckBox::clicked, this, &GpsPanel::setAnchorWatch);
     LiveData& live = program.live();
-    for (const auto signal : {&LiveData::vesselMoved, &LiveData::staleChanged,
+    for (const auto signal : {&LiveData::vesselChanged, &LiveData::staleChanged,
                               &LiveData::satellitesReceived, &LiveData::connectionsChanged})
         connect(&live, signal, this, &GpsPanel::refresh);
     connect(&live, &LiveData::anchorChanged, this, &GpsPanel::refreshAnchor);

@@ -21,8 +21,8 @@ InstrumentsPanel::InstrumentsPanel(ChartHost& host)
     , m_chooser(new QWidget(this))
     , m_choice(new QListWidget(m_chooser))
     , m_chooseButton(new QPushButton(text("NSChooseInstruments"), this))
-    , m_upButton(new QPushButton(text("NSMoveUp"), m_chooser))
-    , m_downButton(new QPushButton(text("NSMoveDown"), m_chooser))
+    , m_upButton(new QPushButton(text("NSGaugeUp"), m_chooser))
+    , m_downButton(new QPushButton(text("NSGaugeDown"), m_chooser))
 {
     Program& program = host.program();
     auto* rows = new QVBoxLayout(this);
