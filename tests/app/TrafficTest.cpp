@@ -1,5 +1,6 @@
 #include "app/AisImages.h"
 #include "app/AisLayer.h"
+#include "app/ChartSet.h"
 #include "app/ChartView.h"
 #include "app/Commands.h"
 #include "app/Gauges.h"
