@@ -167,8 +167,8 @@ BaseMapColors BaseMapColors::from(const S52CcieMap& colors)
     const DisplayColor sea = colorOf("NODTA");
     const DisplayColor land = mixed(sea, colorOf("LANDA"), 0.55);
     return {.land = land,
-            .shore = mixed(land, colorOf("CSTLN"), 0.4),
-            .hatch = colorOf("CSTLN").withOpacity(0.2)};
+            .shore = mixed(land, colorOf("CSTLN"), 0.8),
+            .hatch = colorOf("CSTLN").withOpacity(0.35)};
 }
 
 void drawBaseMap(const BaseMap& map, const ViewFrame& frame, const BaseMapColors& colors,
