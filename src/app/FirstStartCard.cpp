@@ -77,7 +77,7 @@ QWidget* FirstStartCard::makeWelcome()
         connect(button, &QPushButton::clicked, this, [this, to = to] { showPage(to); });
         rows->addWidget(button);
     }
-    rows->addWidget(makeWords("NSNotForNavigation", page, "dim"));
+    rows->addWidget(makeWords("NSNavigationNotice", page, "dim"));
     auto* understood = makeButton(text("NSUnderstood"), page);
     connect(understood, &QPushButton::clicked, this, &FirstStartCard::finish);
     rows->addWidget(understood);

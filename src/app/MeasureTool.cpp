@@ -106,7 +106,10 @@ void MeasureTool::paint(QPainter& painter, const ViewFrame& frame, const LayerLo
         painter.drawPolyline(line);
         const QPointF a = line.front();
         const QPointF b = line.back();
-        QString words = distanceText(miles) + QStringLiteral("  ")
+        constexpr double visible = 10; // pixels: below it the figures would hide the point
+        if (QLineF(line.front(), line.back()).length() < visible * look.scale)
+            continue;
+        const QString words = distanceText(miles) + QStringLiteral("  ")
             + bearingText(NavMath::bearingFromPoint(from, to));
         const QPointF along = b - a;
         const double length = std::hypot(along.x(), along.y());

@@ -2,6 +2,7 @@
 
 #include "app/ChartSet.h"
 #include "app/ChartView.h"
+#include "app/ClearAction.h"
 #include "app/Commands.h"
 #include "app/PickLayer.h"
 #include "app/Program.h"
@@ -37,7 +38,7 @@ SearchBox::SearchBox(ChartHost& host, PickLayer& picks, QWidget* parent)
     setObjectName(QStringLiteral("searchBox"));
     setPlaceholderText(kelvox::text("NSSearchPlaceholder"));
     setAccessibleName(kelvox::text("NSSearchPlaceholder"));
-    setClearButtonEnabled(true);
+    addClearAction(*this);
     m_list->setObjectName(QStringLiteral("card"));
     m_list->setAccessibleName(kelvox::text("NSSearchResults"));
     m_list->setFocusPolicy(Qt::NoFocus); // the keys stay with the text
@@ -120,8 +121,8 @@ void SearchBox::addCharts(std::vector<Result>& results, const QString& words) co
         ++count;
         results.push_back(
             {.name = QString::fromStdString(chart->name),
-             .detail =
-                 kelvox::text("NSChart") + QStringLiteral(" · ") + QString::fromStdString(chart->title),
+             .detail = kelvox::text("NSChart") + QStringLiteral(" · ")
+                 + QString::fromStdString(chart->title),
              .icon = QStringLiteral("charts"),
              .position = std::nullopt,
              .open = [this, bounds = chart->bounds] { m_host.chart().showBounds(bounds); }});

@@ -78,6 +78,7 @@ SettingRow::SettingRow(Program& program, const SettingsCatalog::Item& item, Deta
         control->setMinimumWidth(theme.px(detail == Detail::Full ? 220 : 150));
     }
     control->setMinimumHeight(theme.px(40));
+    setMinimumHeight(theme.px(40)); // the style makes switches lower than a finger needs
     if (detail == Detail::Full) {
         m_reset = new QToolButton(this);
         m_reset->setIcon(theme.icon(QStringLiteral("undo")));

@@ -1,5 +1,6 @@
 #include "app/SettingsDialog.h"
 
+#include "app/ClearAction.h"
 #include "app/Program.h"
 #include "app/SettingRow.h"
 #include "app/Text.h"
@@ -52,7 +53,7 @@ SettingsDialog::SettingsDialog(Program& program, Commands& commands, QWidget* pa
 
     m_search->setPlaceholderText(text("NSSearchSettings"));
     m_search->setAccessibleName(text("NSSearchSettings"));
-    m_search->setClearButtonEnabled(true);
+    addClearAction(*m_search);
     m_groups->setAccessibleName(text("NSSettings"));
     m_groups->setFixedWidth(theme.px(190));
     auto groups = SettingsCatalog::catalog().groups();
@@ -185,7 +186,11 @@ void SettingsDialog::addKey(QVBoxLayout& rows, const Commands::Command& command)
     auto* name = new QLabel(command.action->text(), rows.parentWidget());
     auto* edit = new QKeySequenceEdit(command.action->shortcut(), rows.parentWidget());
     edit->setAccessibleName(text("NSKeyOf", {command.action->text()}));
-    edit->setClearButtonEnabled(true);
+    if (auto* field = edit->findChild<QLineEdit*>())
+        addClearAction(*field, [edit] {
+            edit->clear();
+            emit edit->editingFinished();
+        });
     edit->setFixedWidth(theme.px(220));
     edit->setMinimumHeight(theme.px(40));
     name->setBuddy(edit);

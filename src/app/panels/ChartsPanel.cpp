@@ -3,6 +3,7 @@
 #include "app/ChartOutlineLayer.h"
 #include "app/ChartSet.h"
 #include "app/ChartView.h"
+#include "app/ClearAction.h"
 #include "app/Program.h"
 #include "app/SettingRow.h"
 #include "app/Text.h"
@@ -99,7 +100,7 @@ void ChartsPanel::buildList()
     auto* rows = static_cast<QVBoxLayout*>(layout());
     m_search->setPlaceholderText(text("NSSearchCharts"));
     m_search->setAccessibleName(text("NSSearchCharts"));
-    m_search->setClearButtonEnabled(true);
+    addClearAction(*m_search);
     m_search->setMinimumHeight(theme.px(40));
     rows->addWidget(m_search);
     m_list->setModel(m_model);
@@ -117,7 +118,7 @@ void ChartsPanel::buildList()
     header->setHighlightSections(false);
     header->setSectionResizeMode(QHeaderView::Interactive);
     header->setSectionResizeMode(ChartsModel::Title, QHeaderView::Stretch);
-    const int widths[] = {96, 0, 92, 60, 64};
+    const int widths[] = {96, 0, 92, 84, 64};
     for (int column = 0; column < ChartsModel::Columns; ++column)
         if (widths[column] > 0)
             header->resizeSection(column, theme.px(widths[column]));
