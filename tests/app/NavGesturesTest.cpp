@@ -51,13 +51,14 @@ TEST_F(NavGestures, OnlyALegOfTheSelectedRouteIsPulled)
     drag({450, 300}, {450, 420});
     EXPECT_EQ(trip->count(), 2U) << "the chart was dragged across it";
 
+    key(Qt::Key_Escape); // or it would glide on
     chart().centerOn({.longitude = 10, .latitude = 55});
     settle();
     click({450, 300});
     EXPECT_EQ(actions().selection().route(), trip);
     settle();
     drag({450, 300}, {450, 420});
-    EXPECT_EQ(through(trip), "A WP0001 B");
+    ASSERT_EQ(through(trip), "A WP0001 B");
     EXPECT_LT(missedBy(program.waypoints().waypointFromName("WP0001"), {450, 420}), onePixel);
     program.undo();
     EXPECT_EQ(through(trip), "A B");
