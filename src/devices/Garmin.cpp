@@ -250,6 +250,7 @@ Result<void> Garmin::sendWaypoints(std::span<const Waypoint> waypoints)
 Result<void> Garmin::sendRoute(std::uint8_t number, const ExchangeRecords::NamedRoute& route)
 {
     std::vector<GarminPacket> packets;
+    // This header also for receivers that announce another one, on purpose.
     packets.push_back({Id::RouteHeader, GarminRecords::makeD201RouteType(number, route.name)});
     for (const auto& waypoint : route.points) {
         const bool isFirst = packets.size() == 1;

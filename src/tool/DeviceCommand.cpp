@@ -113,6 +113,8 @@ void run(Tool& tool, const Options& options, DeviceJob::Direction direction)
     if (!options.quiet)
         hooks.progress = show;
     const auto result = performTransfer(job, SystemClock(), std::move(hooks));
+    if (result.error && !options.quiet)
+        std::fputc('\n', stderr); // after the line of the progress
     if (result.error)
         return tool.fail(options.port + ": " + result.error->message);
     report(result);

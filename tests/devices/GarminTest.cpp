@@ -390,6 +390,7 @@ TEST(Garmin, ReceivesWholeOrNotAtAllWhateverGoesWrong)
         SCOPED_TRACE(at);
         EXPECT_EQ(run({Kind::LoseByte, at}, nullptr), whole);
         EXPECT_EQ(run({Kind::SpoilByte, at}, nullptr), whole);
+        EXPECT_EQ(run({Kind::Swallow, at}, nullptr), whole);
         EXPECT_EQ(run({Kind::Late, at}, nullptr), whole);
         EXPECT_EQ(run({Kind::StrangerFirst, at}, nullptr), whole);
         EXPECT_EQ(run({Kind::NotHeard, at}, nullptr), whole);
