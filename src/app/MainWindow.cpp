@@ -154,6 +154,7 @@ MainWindow::MainWindow(Program& program)
         connect(&program, signal, m_chart, qOverload<>(&QWidget::update));
     connect(&program, &Program::schemeChanged, this, &MainWindow::restyle);
     connect(&program, &Program::settingChanged, this, &MainWindow::settingChanged);
+    connect(&program, &Program::baseMapChanged, this, &MainWindow::updateScene);
     connect(&program, &Program::unitsChanged, this, [this] {
         updateScene();
         updateStatus();
@@ -256,7 +257,7 @@ void MainWindow::settingChanged(const QString& key)
 {
     if (key.startsWith(QLatin1String("show")) || key == QLatin1String("largeText"))
         updateScene();
-    if (key == QLatin1String("simplifiedSymbols"))
+    if (key == QLatin1String("simplifiedSymbols") || key == QLatin1String("symbolizedBoundaries"))
         chooseSymbols();
     m_chart->update();
 }
@@ -264,7 +265,9 @@ void MainWindow::settingChanged(const QString& key)
 void MainWindow::chooseSymbols()
 {
     m_charts.changeSymbols([this] {
-        m_program.library().setSymbols(false, !m_program.settings().boolean("simplifiedSymbols"));
+        const Settings& settings = m_program.settings();
+        m_program.library().setSymbols(settings.boolean("symbolizedBoundaries"),
+                                       !settings.boolean("simplifiedSymbols"));
     });
     updateScene();
 }
@@ -753,6 +756,7 @@ void MainWindow::updateScene()
 {
     const Settings& settings = m_program.settings();
     m_scene.settings.loadSettings(settings);
+    m_scene.baseMap = m_program.baseMap();
     m_scene.settings.showAtAllScales = settings.boolean("showAtAllScales");
     m_scene.settings.largeText = settings.boolean("largeText");
     m_scene.settings.depthUnit = UnitsModel::units().waterDepthUnits;

@@ -5,6 +5,9 @@
 #include "app/nav/NavLinks.h"
 #include "base/Folders.h"
 
+#include <QCoreApplication>
+#include <QPointer>
+
 #include <thread>
 
 namespace kelvox {
@@ -71,6 +74,7 @@ Program::Program(Places places)
     m_weather.loadSettings(m_settings);
     m_grib.loadSettings(m_settings);
     loadModels();
+    loadBaseMap();
     connectModels();
     new NavLinks(*this);
     connectLive();
@@ -115,6 +119,26 @@ void Program::loadModels()
                        .message = text("NSCannotSaveEdits").toStdString(),
                        .informativeText = error.message,
                        .button = text("NSOK").toStdString()});
+    });
+}
+
+void Program::loadBaseMap()
+{
+    // Some hundred milliseconds of reading that nobody has to wait for.
+    m_pool.post([self = QPointer<Program>(this)] {
+        auto read = BaseMap::load();
+        if (!read)
+            return; // the package is not installed: charts are drawn without it
+        auto map = std::make_shared<const BaseMap>(*std::move(read));
+        QMetaObject::invokeMethod(
+            QCoreApplication::instance(),
+            [self, map = std::move(map)] {
+                if (!self)
+                    return;
+                self->m_baseMap = map;
+                emit self->baseMapChanged();
+            },
+            Qt::QueuedConnection);
     });
 }
 
@@ -216,6 +240,10 @@ void Program::settingWasChanged(const std::string& key)
         emit weatherChanged();
     } else if (key == "interfaceScale" || key == "dimming") {
         applyTheme();
+    } else if (key == "lowLight") {
+        const bool low = m_settings.boolean("lowLight");
+        if (low != (m_scheme == ColorScheme::Night))
+            setScheme(low ? ColorScheme::Night : ColorScheme::Day);
     } else if (key == "colorScheme") {
         const auto scheme = schemeOf(m_settings);
         if (scheme != m_scheme)
@@ -228,6 +256,7 @@ void Program::setScheme(ColorScheme scheme)
 {
     m_scheme = scheme;
     m_settings.set("colorScheme", static_cast<long long>(scheme));
+    m_settings.set("lowLight", scheme == ColorScheme::Night); // the chart's own name for it
     m_presentation.setColorTable(static_cast<int>(scheme) + 1);
     applyTheme();
 }

@@ -7,6 +7,7 @@
 #include "app/SleepWatch.h"
 #include "app/Theme.h"
 #include "base/FileSettings.h"
+#include "basemap/BaseMap.h"
 #include "navigation/RouteController.h"
 #include "navigation/SharedModels.h"
 #include "navigation/TrackController.h"
@@ -63,6 +64,8 @@ public:
     [[nodiscard]] GribController& weather() { return m_weather; }
     [[nodiscard]] S52Model& library() { return m_library; }
     [[nodiscard]] S52Render& presentation() { return m_presentation; }
+    /// The coasts of the world; null until they are read, and where none are installed.
+    [[nodiscard]] const std::shared_ptr<const BaseMap>& baseMap() const { return m_baseMap; }
 
     [[nodiscard]] ColorScheme scheme() const { return m_scheme; }
     void setScheme(ColorScheme scheme);
@@ -77,6 +80,7 @@ signals:
     void schemeChanged(); ///< colours or sizes: charts, icons and styles are made anew
     void settingChanged(const QString& key);
     void unitsChanged();
+    void baseMapChanged();
     void waypointsChanged(); ///< coalesced: once when the program is idle
     void routesChanged();
     void tracksChanged();
@@ -85,6 +89,7 @@ signals:
 
 private:
     void loadModels();
+    void loadBaseMap();
     void connectModels();
     void connectLive();
     void recordTrack(const TrackSample& sample);
@@ -113,6 +118,7 @@ private:
     S52Model& m_library;
     S52Render m_presentation;
     ColorScheme m_scheme = ColorScheme::Day;
+    std::shared_ptr<const BaseMap> m_baseMap;
     QTimer m_saveTimer;
     // One signal for many changes in a row.
     QTimer m_waypointsTimer;

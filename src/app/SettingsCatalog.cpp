@@ -112,6 +112,7 @@ void addChart(std::vector<Item>& items)
         .toggle("showAtAllScales", false)
         .toggle("largeText", false)
         .toggle("simplifiedSymbols", false)
+        .toggle("symbolizedBoundaries", false)
         .choice("chartChoice", {"NSChartsBoth", "NSChartsVector", "NSChartsRaster"})
         .toggle("showGraticule", false)
         .toggle("showChartOutlines", false);
@@ -121,6 +122,7 @@ void addDisplay(std::vector<Item>& items)
 {
     Group(items, "NSSettings.Display")
         .choice("colorScheme", {"NSDay", "NSDusk", "NSNight"})
+        .toggle("lowLight", false)
         .number("dimming", 1, 0.2, 1, 2)
         .choice("interfaceScale", {{1.0, "1"}, {1.5, "1.5"}, {2.0, "2"}, {3.0, "3"}}, 1.0)
         .choice("language",

@@ -72,7 +72,7 @@ TEST_F(ChartWindow, AClickTellsWhatLiesThereAndEscClosesIt)
     ASSERT_TRUE(cell.writer.save(folder.path() / "charts"));
     window.openFiles({folder.path() / "charts"});
     waitFor([&] { return !chart().scene()->cells.empty(); });
-    chart().setScale(20'000);
+    chart().setScale(10'000);
     chart().centerOn({.longitude = 10.48, .latitude = 59.5});
     settle();
     auto& picks = *window.findChild<PickLayer*>();
