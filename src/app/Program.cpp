@@ -95,6 +95,11 @@ Program::Program(Places places)
 Program::~Program()
 {
     save();
+    // The records outlive the program that shows them.
+    m_waypoints.setChangeHandler({});
+    m_routes.setChangeHandler({});
+    m_tracks.setChangeHandler({});
+    m_history.setErrorHandler({});
 }
 
 void Program::loadModels()

@@ -1,5 +1,6 @@
 #include "basemap/ShorelineFile.h"
 
+#include <hdf5.h>
 #include <netcdf.h>
 
 namespace kelvox {
@@ -13,6 +14,9 @@ public:
     explicit File(const std::filesystem::path& path)
         : m_path(path)
     {
+        // Below, each attribute that is not there would be told on standard error: the library keeps
+        // its silence by thread, and only the first one has it.
+        H5Eset_auto2(H5E_DEFAULT, nullptr, nullptr);
         m_status = nc_open(path.c_str(), NC_NOWRITE, &m_id);
         m_isOpen = m_status == NC_NOERR;
     }
