@@ -46,6 +46,20 @@ public:
         }
         return text;
     }
+    /// What the program has written by now.
+    [[nodiscard]] std::string readAvailable() const
+    {
+        std::string text;
+        pollfd waiting{m_master.get(), POLLIN, 0};
+        while (::poll(&waiting, 1, 0) > 0) {
+            std::array<char, 4096> block;
+            const auto count = ::read(m_master.get(), block.data(), block.size());
+            if (count <= 0)
+                break;
+            text.append(block.data(), static_cast<std::size_t>(count));
+        }
+        return text;
+    }
     void unplug() { m_master.close(); }
 
 private:
