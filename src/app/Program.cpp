@@ -95,6 +95,11 @@ Program::Program(Places places)
 Program::~Program()
 {
     save();
+    // The models outlive the program: what changes in them later must not reach it any more.
+    m_waypoints.setChangeHandler({});
+    m_routes.setChangeHandler({});
+    m_tracks.setChangeHandler({});
+    m_history.setErrorHandler({});
 }
 
 void Program::loadModels()
