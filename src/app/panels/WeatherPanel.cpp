@@ -241,10 +241,30 @@ void WeatherPanel::open(const std::filesystem::path& file)
                 panel->m_host.showNote(QString::fromStdString(read->error().message));
             }
             panel->reload();
+            if (*read)
+                panel->showExtent();
             emit owner.weatherChanged();
             emit panel->loaded();
         });
     });
+}
+
+void WeatherPanel::showExtent()
+{
+    // Only where the weather would not be seen: the view is the user's.
+    Rect extent;
+    for (const GribPoints* points : m_host.program().gribModel().points()) {
+        const GribGrid& grid = points->grid();
+        const double east = grid.longitudeIncrement * (grid.longitudeCount - 1);
+        const double north = grid.latitudeIncrement * (grid.latitudeCount - 1);
+        extent.include(Point{grid.first.longitude, grid.first.latitude});
+        extent.include(Point{grid.first.longitude + east, grid.first.latitude + north});
+    }
+    const Position middle = m_host.chart().center();
+    const bool isSeen = extent.contains({middle.longitude, middle.latitude})
+        || extent.contains({middle.longitude + 360, middle.latitude});
+    if (!extent.isEmpty() && !isSeen)
+        m_host.chart().showBounds(extent);
 }
 
 void WeatherPanel::closeFile()

@@ -35,6 +35,7 @@ private:
     void buildTime();
     void buildSwitches();
     void chooseFile();
+    void showExtent(); ///< zooms to the weather when it lies outside the view
     void closeFile();
     void exportKml();
     void reload();
