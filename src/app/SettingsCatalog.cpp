@@ -169,7 +169,7 @@ void addAlarms(std::vector<Item>& items)
                 std::string("Siren"))
         .number("anchorDragDistance", 0.05, 0, 100, 3)
         .number("waypointApproachDistance", 0.1, 0, 100, 2, "NM")
-        .number("crossTrackDistance", 0.25, 0, 100, 2, "NM")
+        .number("crossTrackDistance", 0.2, 0, 100, 2, "NM")
         .number("aisProximityDistance", 0.5, 0, 100, 2, "NM");
 }
 
