@@ -333,7 +333,7 @@ TEST(BaseMapRender, LeavesOutLakesTooSmallToSeeButNoIsland)
             count += area.subPathCount();
         return count;
     };
-    EXPECT_EQ(rings(60'000'000), 2U) << "the continent and the island";
+    EXPECT_EQ(rings(100'000'000), 2U) << "the continent and the island";
     EXPECT_EQ(rings(20'000'000), 3U) << "and the lake";
 }
 
