@@ -6,6 +6,7 @@
 #include "base/Folders.h"
 
 #include <QCoreApplication>
+#include <QLocale>
 #include <QPointer>
 
 #include <thread>
@@ -264,6 +265,20 @@ void Program::setScheme(ColorScheme scheme)
     m_settings.set("lowLight", scheme == ColorScheme::Night); // the chart's own name for it
     m_presentation.setColorTable(static_cast<int>(scheme) + 1);
     applyTheme();
+}
+
+void Program::chooseUnitsForRegion()
+{
+    constexpr const char* chosen = "firstStart.units";
+    if (m_settings.boolean(chosen))
+        return;
+    m_settings.set(chosen, true);
+    if (QLocale::system().measurementSystem() != QLocale::MetricSystem)
+        return;
+    m_settings.set("waterDepthUnits", static_cast<long long>(UnitsModel::Metres));
+    m_settings.set("surfaceDistanceUnits",
+                   static_cast<long long>(UnitsModel::NauticalMilesAndMetres));
+    m_settings.set("temperatureUnits", static_cast<long long>(UnitsModel::Celsius));
 }
 
 void Program::applyTheme()

@@ -69,6 +69,8 @@ public:
 
     [[nodiscard]] ColorScheme scheme() const { return m_scheme; }
     void setScheme(ColorScheme scheme);
+    /// On the very first start: metres where the user's region counts in metres.
+    void chooseUnitsForRegion();
     void applyTheme(); ///< after the interface scale or the dimmer changed
 
     /// Writes the models' files and the settings.

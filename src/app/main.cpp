@@ -33,6 +33,7 @@ int main(int argc, char** argv)
     const auto crash = kelvox::CrashReport::takeLast(places.state);
     kelvox::CrashReport::install(places.state, "Kelvox " KELVOX_VERSION);
     kelvox::Program program(places);
+    program.chooseUnitsForRegion();
     if (const auto chosen = program.settings().text("language"); !chosen.empty())
         if (const auto taken = kelvox::setTextLanguage(QString::fromStdString(chosen)); !taken)
             qWarning("%s", taken.error().message.c_str());
