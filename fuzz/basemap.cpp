@@ -27,11 +27,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     ShorelineTables tables;
     tables.columns = data[0];
     tables.rows = data[1];
+    const std::size_t bins = std::size_t{data[0]} * data[1];
     const std::size_t segments = data[2];
     const std::size_t points = data[3] * std::size_t{4};
     data += 4;
     size -= 4;
-    const std::size_t bins = static_cast<std::size_t>(tables.columns * tables.rows);
     if (bins > 1'000)
         return 0;
     tables.firstSegment = take<std::int32_t>(data, size, bins);

@@ -49,7 +49,7 @@ Result<Strings> parseStrings(std::string_view json)
             for (const auto& [form, text] : value.items()) {
                 if (!text.is_string() || (form != "zero" && form != "one" && form != "other"))
                     return tl::unexpected(badText(key));
-                strings.set(key + '.' + form, text.get<std::string>());
+                strings.set(std::string(key).append(".").append(form), text.get<std::string>());
             }
         } else {
             return tl::unexpected(badText(key));
@@ -120,7 +120,7 @@ std::string StringCatalog::preferredLanguage(const Environment& environment) con
     const auto known = languages();
     while (!list.empty()) {
         const std::size_t colon = list.find(':');
-        const std::string name = localeName(list.substr(0, colon));
+        std::string name = localeName(list.substr(0, colon));
         if (std::ranges::binary_search(known, languageOf(name)))
             return name;
         list.erase(0, colon == std::string::npos ? colon : colon + 1);

@@ -140,15 +140,14 @@ void drawHatching(const ViewFrame& frame, DisplayColor color, Canvas& canvas)
     const double step = spacing * std::numbers::sqrt2 * frame.pixelsPerPoint;
     // Lines x + y = constant in pixels; each passes left to right or top to bottom.
     const Point anchor = frame.pixelOf(Point{});
-    const double span = frame.width + frame.height;
+    const double firstSum = std::fmod(anchor.x + anchor.y, step);
+    const int count = static_cast<int>((frame.width + frame.height) / step) + 2;
+    const Rect picture{0, 0, static_cast<double>(frame.width), static_cast<double>(frame.height)};
     Path lines;
-    for (double sum = std::fmod(anchor.x + anchor.y, step) - step; sum < span + step; sum += step) {
-        if (sum <= 0)
-            continue;
+    for (int i = 0; i < count; ++i) {
+        const double sum = firstSum + i * step;
         Point from{sum, 0};
         Point to{sum - frame.height, static_cast<double>(frame.height)};
-        const Rect picture{0, 0, static_cast<double>(frame.width),
-                           static_cast<double>(frame.height)};
         if (!clipSegment(picture, from, to))
             continue;
         lines.moveTo(from);
