@@ -18,8 +18,8 @@
 namespace kelvox {
 
 namespace {
-constexpr int width = 400;
-constexpr int height = 300;
+constexpr int width = 320;
+constexpr int height = 240;
 constexpr int square =
     4; ///< pixels that are averaged: a letter may be smoothed otherwise elsewhere
 constexpr int likeness = 40; ///< of 255, by which two averages may differ

@@ -1,7 +1,6 @@
 #include "painting/RasterExport.h"
 
 #include "base/File.h"
-#include "base/Folders.h"
 #include "demo/DemoCharts.h"
 #include "demo/DemoGround.h"
 #include "painting/ChartPainter.h"
@@ -9,11 +8,8 @@
 #include "presentation/S52Lookup.h"
 #include "presentation/S52Render.h"
 #include "s57/S57CellLoader.h"
+#include "support/GraphicsTest.h"
 #include "support/TemporaryFolder.h"
-
-#include <gtest/gtest.h>
-
-#include <QGuiApplication>
 
 namespace kelvox {
 namespace {
@@ -57,18 +53,13 @@ Point offset(const Land& a, const Land& b, int left, int top)
     return best;
 }
 
-TEST(RasterExport, ShowsEachFeatureWhereTheCellsShowIt)
+class RasterExport : public GraphicsTest { };
+
+TEST_F(RasterExport, ShowsEachFeatureWhereTheCellsShowIt)
 {
-    int argc = 1;
-    char name[] = "test";
-    char* argv[] = {name, nullptr};
-    const QGuiApplication application(argc, argv);
     const TemporaryFolder folder;
     ASSERT_TRUE(DemoCharts::write(folder.path()));
-    WorkerPool pool(1);
     const ChartPainter painter(pool);
-    S52Model library({folders::applicationResources(), folders::userData()});
-    S52Render presentation(library);
     ChartScene cells;
     for (const char* cell : {"KV4K0101.000", "KV3K0010.000"}) {
         const auto loaded = S57CellLoader::load(folder.path() / cell);
