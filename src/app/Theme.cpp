@@ -92,7 +92,10 @@ void Theme::apply(ColorScheme scheme, const S52CcieMap& colors, double scale, do
     if (QApplication::style()->objectName() != QLatin1String("fusion"))
         QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QApplication::setPalette(palette);
-    QApplication::setFont(font);
+    // The font of every widget follows this one: a rule of the style sheet for all of them would be
+    // handed down from each parent to each child again, two seconds for a window.
+    if (QApplication::font() != font)
+        QApplication::setFont(font);
     qApp->setStyleSheet(styleSheet());
 }
 
@@ -101,7 +104,6 @@ QString Theme::styleSheet() const
     const Colors& c = m_colors;
     QString sheet = QStringLiteral(R"(
 * { outline: none; }
-QWidget { font-size: @13px; }
 QMainWindow, QDialog { background: $background; }
 QToolTip { background: $raised; color: $text; border: 1px solid $border; padding: @4px; }
 QMenu { background: $background; color: $text; border: 1px solid $border; padding: @4px 0; }
