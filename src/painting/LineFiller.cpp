@@ -63,8 +63,7 @@ Segment segmentOf(std::span<const Point> line, std::size_t end, Point origin)
     s.from = through(
         s.a, s.opens ? s.along : divideOf(direction(line[end - 2], line[end - 1]), s.along));
     s.to = through(
-        s.b,
-        (s.closes ? s.along : divideOf(s.along, direction(line[end], line[end + 1]))) * -1);
+        s.b, (s.closes ? s.along : divideOf(s.along, direction(line[end], line[end + 1]))) * -1);
     return s;
 }
 
@@ -92,7 +91,8 @@ public:
         const int vLimit = isSteep ? m_buffer.width : m_buffer.height;
         const double slope = (v1 - v0) / (u1 - u0);
         const auto middleAt = [](double u, int limit) {
-            return static_cast<int>(std::clamp(std::ceil(u - 0.5), 0.0, static_cast<double>(limit)));
+            return static_cast<int>(
+                std::clamp(std::ceil(u - 0.5), 0.0, static_cast<double>(limit)));
         };
         int from = middleAt(std::min(u0, u1), uLimit);
         int to = middleAt(std::max(u0, u1), uLimit);
@@ -108,25 +108,38 @@ public:
         // Counted from the segment's own start, in whole numbers, so that bands agree.
         constexpr double one = 0x1p32;
         const double start = std::ceil(std::min(u0, u1) - 0.5);
-        const auto step = static_cast<std::int64_t>(std::llround(slope * one));
-        auto v = static_cast<std::int64_t>(
-                     std::llround((v0 + (start + 0.5 - u0) * slope - 0.5) * one))
-            + step * (from - static_cast<std::int64_t>(start));
+        const auto step = static_cast<std::int64_t>(slope * one);
+        const auto begin =
+            static_cast<std::int64_t>(std::floor((v0 + (start + 0.5 - u0) * slope - 0.5) * one));
+        auto v = begin + step * (from - static_cast<std::int64_t>(start));
         const std::ptrdiff_t along = isSteep ? m_buffer.stride : 1;
         const std::ptrdiff_t across = isSteep ? 1 : m_buffer.stride;
         std::uint32_t* at = m_buffer.pixels + from * along;
+        if (m_source >> 24U == 255U)
+            walk(from, to, v, step, vLimit, at, along, across, mixed);
+        else
+            walk(from, to, v, step, vLimit, at, along, across,
+                 [](std::uint32_t below, std::uint32_t source, unsigned share) {
+                     return over(below, source, share);
+                 });
+    }
+
+private:
+    template <typename Blend>
+    void walk(int from, int to, std::int64_t v, std::int64_t step, int vLimit, std::uint32_t* at,
+              std::ptrdiff_t along, std::ptrdiff_t across, Blend blend) const
+    {
         for (int u = from; u < to; ++u, at += along, v += step) {
             const auto first = static_cast<std::ptrdiff_t>(v >> 32);
             const auto second = static_cast<unsigned>(v >> 24 & 0xFF);
             std::uint32_t* pixel = at + first * across;
             if (first >= 0 && first < vLimit)
-                *pixel = over(*pixel, m_source, 256U - second);
+                *pixel = blend(*pixel, m_source, 256U - second);
             if (second != 0 && first >= -1 && first + 1 < vLimit)
-                pixel[across] = over(pixel[across], m_source, second);
+                pixel[across] = blend(pixel[across], m_source, second);
         }
     }
 
-private:
     PixelBuffer m_buffer;
     std::uint32_t m_source;
 };
@@ -172,7 +185,8 @@ public:
 private:
     void drawRow(const Segment& s, int row, int from, int to) const
     {
-        std::uint32_t* pixels = m_buffer.pixels + static_cast<std::ptrdiff_t>(row) * m_buffer.stride;
+        std::uint32_t* pixels =
+            m_buffer.pixels + static_cast<std::ptrdiff_t>(row) * m_buffer.stride;
         const float py = static_cast<float>(row) + 0.5F;
         const auto ux = static_cast<float>(s.along.x);
         const auto uy = static_cast<float>(s.along.y);
@@ -234,9 +248,11 @@ void LineFiller::stroke(const PixelBuffer& buffer, const Path& lines, double wid
     for (std::size_t i = 0; i < lines.subPathCount(); ++i) {
         // Points on top of each other have no direction.
         points.clear();
-        for (const Point p : lines.subPath(i))
-            if (points.empty() || std::hypot(p.x - points.back().x, p.y - points.back().y) > 1e-3)
+        for (const Point p : lines.subPath(i)) {
+            const Point step = points.empty() ? Point{1, 1} : p - points.back();
+            if (step.x * step.x + step.y * step.y > 1e-6)
                 points.push_back(p);
+        }
         for (std::size_t k = 1; k < points.size(); ++k)
             if (isInRows(points[k - 1], points[k]))
                 pen.draw(segmentOf(points, k, origin));

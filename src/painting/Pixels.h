@@ -34,6 +34,19 @@ namespace kelvox {
     return source + redBlue + alphaGreen;
 }
 
+/// A share of 0 to 256 of an opaque source mixed into a pixel.
+[[nodiscard]] inline std::uint32_t mixed(std::uint32_t below, std::uint32_t source, unsigned share)
+{
+    const std::uint32_t belowRedBlue = below & 0xFF00FFU;
+    const std::uint32_t belowAlphaGreen = below >> 8U & 0xFF00FFU;
+    // A negative difference borrows from the channel above and pays it back in the sum.
+    const std::uint32_t redBlue =
+        belowRedBlue + ((((source & 0xFF00FFU) - belowRedBlue) * share) >> 8U);
+    const std::uint32_t alphaGreen =
+        (belowAlphaGreen << 8U) + ((source >> 8U & 0xFF00FFU) - belowAlphaGreen) * share;
+    return (redBlue & 0xFF00FFU) | (alphaGreen & 0xFF00FF00U);
+}
+
 /// A share of 0 to 256 of the source laid over a pixel.
 [[nodiscard]] inline std::uint32_t over(std::uint32_t below, std::uint32_t source, unsigned share)
 {
