@@ -23,14 +23,14 @@ public:
     Shoreline& line(int row, int column, int level, Side entry, Side exit,
                     const std::vector<Corner>& points)
     {
-        auto& bin = m_bins[static_cast<std::size_t>(row * 4 + column)];
+        auto& bin = m_bins.at(binIndex(row, column));
         bin.segments.push_back({level, entry, exit, points});
         return *this;
     }
     /// All corners of a bin lie on land.
     Shoreline& land(int row, int column)
     {
-        m_bins[static_cast<std::size_t>(row * 4 + column)].corners = 0b001'001'001'001;
+        m_bins.at(binIndex(row, column)).corners = 0b001'001'001'001;
         return *this;
     }
     [[nodiscard]] ShorelineTables tables() const
@@ -62,6 +62,10 @@ public:
     }
 
 private:
+    static std::size_t binIndex(int row, int column)
+    {
+        return static_cast<std::size_t>(row) * 4 + static_cast<std::size_t>(column);
+    }
     struct Segment {
         int level;
         Side entry;
