@@ -39,7 +39,7 @@ struct Segment {
 Point direction(Point a, Point b)
 {
     const Point step = b - a;
-    return step * (1 / std::hypot(step.x, step.y));
+    return step * (1 / std::sqrt(step.x * step.x + step.y * step.y));
 }
 
 /// Where two segments divide the pixels of their corner: at the bisector, or square to the second
@@ -47,7 +47,7 @@ Point direction(Point a, Point b)
 Point divideOf(Point before, Point after)
 {
     const Point middle = before + after;
-    return std::hypot(middle.x, middle.y) < 1e-3 ? after : middle;
+    return middle.x * middle.x + middle.y * middle.y < 1e-6 ? after : middle;
 }
 
 /// The segment that ends at a point of a line without points on top of each other.
@@ -57,7 +57,8 @@ Segment segmentOf(std::span<const Point> line, std::size_t end, Point origin)
     s.a = line[end - 1] - origin;
     s.b = line[end] - origin;
     s.along = direction(s.a, s.b);
-    s.length = static_cast<float>(std::hypot(s.b.x - s.a.x, s.b.y - s.a.y));
+    const Point step = s.b - s.a;
+    s.length = static_cast<float>(std::sqrt(step.x * step.x + step.y * step.y));
     s.opens = end == 1;
     s.closes = end + 1 == line.size();
     s.from = through(
@@ -65,6 +66,14 @@ Segment segmentOf(std::span<const Point> line, std::size_t end, Point origin)
     s.to = through(
         s.b, (s.closes ? s.along : divideOf(s.along, direction(line[end], line[end + 1]))) * -1);
     return s;
+}
+
+/// The first pixel whose middle is not before a place, limited to a row or column of pixels.
+int middleAt(double place, int limit)
+{
+    const double wanted = std::clamp(place - 0.5, 0.0, static_cast<double>(limit));
+    const int whole = static_cast<int>(wanted);
+    return whole + (wanted > whole ? 1 : 0);
 }
 
 /// A line of one pixel: in each column (or row, of a steep one) whose middle it crosses, two pixels
@@ -90,14 +99,12 @@ public:
         const int uLimit = isSteep ? m_buffer.height : m_buffer.width;
         const int vLimit = isSteep ? m_buffer.width : m_buffer.height;
         const double slope = (v1 - v0) / (u1 - u0);
-        const auto middleAt = [](double u, int limit) {
-            return static_cast<int>(
-                std::clamp(std::ceil(u - 0.5), 0.0, static_cast<double>(limit)));
-        };
         int from = middleAt(std::min(u0, u1), uLimit);
         int to = middleAt(std::max(u0, u1), uLimit);
+        if (from >= to)
+            return;
         // Only where one of the two pixels lies in the buffer.
-        if (slope != 0) {
+        if (slope != 0 && (std::min(v0, v1) < 0 || std::max(v0, v1) > vLimit)) {
             const double enters = u0 + ((slope > 0 ? -0.5 : vLimit + 0.5) - v0) / slope;
             const double leaves = u0 + ((slope > 0 ? vLimit + 0.5 : -0.5) - v0) / slope;
             from = std::max(from, middleAt(enters, uLimit));
@@ -204,13 +211,13 @@ private:
             else if (begins < 0)
                 continue;
             else if (t < 0)
-                away = std::hypot(away, t);
+                away = std::sqrt(away * away + t * t);
             if (s.closes)
                 coverage = std::min({coverage, ends + 0.5F, coverage + ends - 0.5F});
             else if (ends <= 0)
                 continue;
             else if (t > s.length)
-                away = std::hypot(away, t - s.length);
+                away = std::sqrt(away * away + (t - s.length) * (t - s.length));
             coverage = std::min(coverage, 1.0F) * std::min(m_reach - away, 1.0F);
             if (away < m_reach && coverage > 0)
                 pixels[x] = over(pixels[x], m_source, static_cast<unsigned>(coverage * 256.0F));
