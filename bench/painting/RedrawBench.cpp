@@ -277,7 +277,8 @@ int main(int argc, char** argv)
     std::printf("%zu vertices, %zu features, %zu soundings, scale 1:%d, %zu plain steps\n",
                 geometry->vertexCount(), found.size(), soundings, frame.view.scale(), plain.size());
 
-    ChartPainter painter(pool);
+    const ChartPainter painter(pool);
+    const ChartPainter sharpPainter(pool); // keeps images of its own
     QImage canvas(width, height, QImage::Format_RGB32);
     std::vector<std::uint32_t> pixels(static_cast<std::size_t>(width) * height);
     ViewFrame larger = frame;
@@ -299,7 +300,7 @@ int main(int argc, char** argv)
     });
     Case cases[] = {
         Case("redraw", [&] { canvas = painter.paint(scene, frame); }),
-        Case("redraw, sharp screen", [&] { canvas = painter.paint(scene, sharp); }),
+        Case("redraw, sharp screen", [&] { canvas = sharpPainter.paint(scene, sharp); }),
         Case("floor: the same spans", [&] { spans.write(pixels); }),
         Case("drag frame",
              [&] {
