@@ -4,6 +4,7 @@
 #include "app/Theme.h"
 #include "navigation/TextSearch.h"
 
+#include <QDate>
 #include <QLocale>
 
 #include <algorithm>
@@ -60,6 +61,8 @@ void ChartsModel::arrange()
         case Edition:
             return std::tuple(std::atoi(a->edition.c_str()), a->update)
                 < std::tuple(std::atoi(b->edition.c_str()), b->update);
+        case Date:
+            return a->date < b->date;
         case Kind:
             return a->kind < b->kind;
         default:
@@ -109,6 +112,10 @@ QString ChartsModel::words(const ChartRecord& chart, int column) const
         return chart.update > 0
             ? QStringLiteral("%1.%2").arg(QString::fromStdString(chart.edition)).arg(chart.update)
             : QString::fromStdString(chart.edition);
+    case Date:
+        return QLocale().toString(
+            QDate::fromString(QString::fromStdString(chart.date), QStringLiteral("yyyyMMdd")),
+            QLocale::ShortFormat);
     default:
         return text(chart.kind == ChartKind::Cell ? "NSChartVector" : "NSChartRaster");
     }
@@ -138,8 +145,9 @@ QVariant ChartsModel::headerData(int section, Qt::Orientation orientation, int r
 {
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole)
         return {};
-    const char* const keys[] = {"NSChart", "NSChartTitle", "NSChartScale", "NSChartEditionShort",
-                                "NSChartKind"};
+    const char* const keys[] = {"NSChart",      "NSChartTitle",
+                                "NSChartScale", "NSChartEditionShort",
+                                "NSChartDate",  "NSChartKind"};
     return section < Columns ? QVariant(text(keys[section])) : QVariant();
 }
 

@@ -10,7 +10,7 @@ namespace kelvox {
 class ChartsModel final : public QAbstractTableModel {
     Q_OBJECT
 public:
-    enum Column { Name, Title, Scale, Edition, Kind, Columns };
+    enum Column { Name, Title, Scale, Edition, Date, Kind, Columns };
 
     using QAbstractTableModel::QAbstractTableModel;
     void setRecords(const ChartRecords& records);

@@ -6,6 +6,7 @@
 #include <QDialog>
 #include <QEvent>
 #include <QLayout>
+#include <QScreen>
 
 namespace kelvox {
 
@@ -61,8 +62,10 @@ bool DialogAlarms::eventFilter(QObject* object, QEvent* event)
 {
     if (event->type() == QEvent::Show)
         if (auto* dialog = qobject_cast<QDialog*>(object); dialog && dialog->layout()
-            && !dialog->findChild<AlarmBanner*>({}, Qt::FindDirectChildrenOnly))
+            && !dialog->findChild<AlarmBanner*>({}, Qt::FindDirectChildrenOnly)) {
             new Keeper(m_alarms, *dialog);
+            dialog->resize(dialog->size().boundedTo(dialog->screen()->availableSize()));
+        }
     return QObject::eventFilter(object, event);
 }
 

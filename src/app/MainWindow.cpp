@@ -20,6 +20,8 @@
 #include <QLocale>
 #include <QMenu>
 #include <QPainter>
+#include <QScrollArea>
+#include <QScroller>
 #include <QShortcut>
 
 #include <cmath>
@@ -140,6 +142,11 @@ MainWindow::MainWindow(Program& program)
     cardHeading->addWidget(m_cardTitle, 1);
     cardHeading->addWidget(cardClose);
     cardRows->addLayout(cardHeading);
+    m_cardScroll = new QScrollArea(m_card);
+    m_cardScroll->setFrameShape(QFrame::NoFrame);
+    m_cardScroll->setWidgetResizable(true);
+    m_cardScroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    cardRows->addWidget(m_cardScroll);
     m_card->hide();
 
     m_fileOpener.add(&isWeatherFile, [this](const FileOpener::Files& files) {
@@ -157,18 +164,17 @@ MainWindow::MainWindow(Program& program)
     m_panels->arrange({"gps", "instruments", "ais", "waypoints", "routes", "tracks", "weather",
                        "charts", "display", "connections", "devices", "alarms"});
     for (SidePanel* panel : m_panels->panels()) {
-        auto* button = makeButton(m_rail, QStringLiteral("rail.") + panel->name());
+        auto* button = makeButton(m_railContent, QStringLiteral("rail.") + panel->name());
         button->setCheckable(true);
         button->setToolTip(text(panel->titleKey()));
         button->setAccessibleName(text(panel->titleKey()));
         connect(button, &QToolButton::clicked, this,
                 [this, panel] { m_panels->toggle(panel->name()); });
-        static_cast<QVBoxLayout*>(m_rail->layout())
-            ->insertWidget(static_cast<int>(m_panelButtons.size()) + 1, button, 0,
-                           Qt::AlignHCenter);
+        m_railContent->layout()->addWidget(button);
         m_railButtons.emplace_back(button, panel->icon());
         m_panelButtons.emplace_back(button, panel);
     }
+    addPanelCommands();
     buildMenu();
     setTool(nullptr);
 
@@ -270,7 +276,7 @@ void MainWindow::buildCommands()
             static_cast<ColorScheme>((static_cast<int>(m_program.scheme()) + 1) % 3));
     });
     c.addSwitch("view.instruments", view, QKeySequence(Qt::Key_I), [this](bool on) {
-        m_instruments->setVisible(on);
+        fitInstruments();
         m_program.settings().set("window.instruments", on);
     });
     c.addSwitch("view.fullScreen", view, QKeySequence(Qt::Key_F11), [this](bool on) {
@@ -283,6 +289,25 @@ void MainWindow::buildCommands()
           [this] { showSettings("NSSettings.Keys"); });
     c.add("vessel.manOverboard", "NSMenuVessel", QKeySequence(Qt::CTRL | Qt::Key_Space),
           [this] { manOverboard(); });
+}
+
+void MainWindow::addPanelCommands()
+{
+    const std::pair<const char*, int> panels[] = {
+        {"gps", Qt::Key_4},         {"ais", Qt::Key_5},    {"instruments", Qt::Key_6},
+        {"connections", Qt::Key_7}, {"alarms", Qt::Key_8}, {"devices", Qt::Key_9}};
+    for (const auto& [name, key] : panels)
+        if (m_panels->panel(QLatin1String(name)))
+            m_commands.add(std::string("panel.") + name, "NSMenuView",
+                           QKeySequence(Qt::CTRL | static_cast<Qt::Key>(key)),
+                           [this, name = name] { m_panels->toggle(QLatin1String(name)); });
+    m_commands.add("panel.close", "NSMenuView", QKeySequence(Qt::CTRL | Qt::Key_W),
+                   [this] { m_panels->close(); });
+    m_commands.add("alarms.acknowledge", "NSMenuVessel", QKeySequence(Qt::CTRL | Qt::Key_Return),
+                   [this] {
+                       if (const auto active = m_program.alarms().active(); !active.empty())
+                           m_program.alarms().acknowledge(active.front().key);
+                   });
 }
 
 void MainWindow::showSettings(const std::string& group)
@@ -362,12 +387,26 @@ void MainWindow::buildRail()
 {
     auto* column = new QVBoxLayout(m_rail);
     column->setSpacing(0);
-    auto* follow = makeButton(m_rail, QStringLiteral("rail.follow"));
+    // What a low window has no room for is scrolled to; the red button stays in reach.
+    auto* scroll = new QScrollArea(m_rail);
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setWidgetResizable(true);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    QScroller::grabGesture(scroll->viewport(), QScroller::TouchGesture);
+    m_railContent = new QWidget(scroll);
+    auto* buttons = new QVBoxLayout(m_railContent);
+    buttons->setContentsMargins(0, 0, 0, 0);
+    buttons->setSpacing(0);
+    buttons->setAlignment(Qt::AlignTop | Qt::AlignHCenter);
+    scroll->setWidget(m_railContent);
+    column->addWidget(scroll, 1);
+    auto* follow = makeButton(m_railContent, QStringLiteral("rail.follow"));
     follow->setDefaultAction(m_commands.action("chart.follow"));
     follow->setAccessibleName(text("NSCommand.chart.follow"));
     m_railButtons.emplace_back(follow, QStringLiteral("follow"));
-    column->addWidget(follow, 0, Qt::AlignHCenter);
-    column->addStretch(1);
+    buttons->addWidget(follow);
     m_mobButton->setObjectName(QStringLiteral("mobButton"));
     m_mobButton->setAccessibleName(text("NSCommand.vessel.manOverboard"));
     m_mobButton->setToolTip(text("NSCommand.vessel.manOverboard"));
@@ -411,9 +450,10 @@ void MainWindow::restyle()
         else
             button->setIcon(theme.icon(icon));
         button->setIconSize(QSize(theme.px(24), theme.px(24)));
-        button->setFixedSize(theme.px(button->parentWidget() == m_rail ? 56 : 40),
-                             theme.px(button->parentWidget() == m_rail ? 48 : 40));
+        if (button->parentWidget() != m_railContent)
+            button->setFixedSize(theme.px(40), theme.px(40));
     }
+    layOutRail();
     const char* const words[] = {"NSDay", "NSDusk", "NSNight"};
     const auto scheme = static_cast<int>(m_program.scheme());
     m_schemeButton->setText(text(words[scheme]));
@@ -443,6 +483,29 @@ void MainWindow::restyle()
     placeOverlays();
 }
 
+void MainWindow::layOutRail()
+{
+    const Theme& theme = Theme::theme();
+    constexpr int lowest = 40; // pixels that a finger still hits, at any scale
+    const int count = m_railContent->layout()->count();
+    const int room = height() - theme.px(40 + 28 + 56 + 4 * 8);
+    const int each = std::clamp(room / std::max(count, 1), lowest, theme.px(48));
+    const int icon = std::min(theme.px(24), each - 12);
+    for (int i = 0; i < count; ++i) {
+        auto* button = static_cast<QToolButton*>(m_railContent->layout()->itemAt(i)->widget());
+        button->setFixedSize(theme.px(56), each);
+        button->setIconSize(QSize(icon, icon));
+    }
+}
+
+void MainWindow::fitInstruments()
+{
+    // A narrow window belongs to the chart.
+    const Theme& theme = Theme::theme();
+    const bool room = width() - theme.px(64 + 188) >= theme.px(240);
+    m_instruments->setVisible(room && m_commands.action("view.instruments")->isChecked());
+}
+
 void MainWindow::placeOverlays()
 {
     m_chart->setGeometry(m_area->rect());
@@ -458,8 +521,17 @@ void MainWindow::placeOverlays()
         m_note->raise();
     }
     if (!m_card->isHidden()) {
-        m_card->setMaximumHeight(m_area->height() - 2 * margin);
         m_card->setFixedWidth(std::min(theme.px(380), m_area->width() - 2 * margin));
+        if (m_cardContent) {
+            // As high as what is in it, as far as there is room; then it scrolls.
+            const QMargins around = m_card->layout()->contentsMargins();
+            const int width = m_card->width() - around.left() - around.right();
+            const int wanted = m_cardContent->hasHeightForWidth()
+                ? m_cardContent->heightForWidth(width)
+                : m_cardContent->sizeHint().height();
+            const int room = m_area->height() - 4 * margin - theme.px(56);
+            m_cardScroll->setFixedHeight(std::clamp(wanted, 0, std::max(room, theme.px(40))));
+        }
         m_card->adjustSize();
         m_card->move(m_area->width() - m_card->width() - margin,
                      m_area->height() - m_card->height() - 3 * margin);
@@ -472,6 +544,8 @@ void MainWindow::resizeEvent(QResizeEvent* event)
 {
     QMainWindow::resizeEvent(event);
     m_rememberTimer.start();
+    layOutRail();
+    fitInstruments();
     // The area gets its size with the layout, after this event.
     QTimer::singleShot(0, this, &MainWindow::placeOverlays);
 }
@@ -555,7 +629,7 @@ void MainWindow::showNote(const QString& note)
 void MainWindow::showCard(const QString& title, QWidget* content)
 {
     if (m_cardContent) {
-        m_card->layout()->removeWidget(m_cardContent);
+        m_cardScroll->takeWidget();
         m_cardContent->deleteLater();
     }
     m_cardContent = content;
@@ -563,8 +637,7 @@ void MainWindow::showCard(const QString& title, QWidget* content)
     if (!content)
         return;
     m_cardTitle->setText(title);
-    content->setParent(m_card);
-    m_card->layout()->addWidget(content);
+    m_cardScroll->setWidget(content);
     content->show();
     placeOverlays();
 }
@@ -640,8 +713,8 @@ void MainWindow::restoreView()
     if (!restoreGeometry(bytes("window.geometry")))
         resize(1280, 800);
     const bool instruments = settings.boolean("window.instruments", true);
-    m_instruments->setVisible(instruments);
     m_commands.action("view.instruments")->setChecked(instruments);
+    fitInstruments();
 }
 
 void MainWindow::rememberWindow()

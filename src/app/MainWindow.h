@@ -17,6 +17,8 @@
 
 #include <memory>
 
+class QScrollArea;
+
 namespace kelvox {
 
 class InstrumentColumn;
@@ -70,11 +72,14 @@ protected:
 
 private:
     void buildCommands();
+    void addPanelCommands();
     void buildMenu();
     void buildTopBar();
     void buildRail();
     void buildStatusLine();
     void restyle();
+    void layOutRail(); ///< all buttons at once where there is room
+    void fitInstruments();
     void placeOverlays();
     void showMenu(const ChartPointer& pointer);
     /// @param group by its text key; empty for the one shown last
@@ -111,6 +116,7 @@ private:
     ChartView* m_chart;
     QFrame* m_topBar;
     QFrame* m_rail;
+    QWidget* m_railContent = nullptr;
     QFrame* m_statusLine;
     InstrumentColumn* m_instruments;
     PanelHost* m_panels;
@@ -129,6 +135,7 @@ private:
     QTimer m_rememberTimer;
     QFrame* m_card;
     QLabel* m_cardTitle;
+    QScrollArea* m_cardScroll = nullptr;
     QWidget* m_cardContent = nullptr;
 
     SettingsDialog* m_settingsDialog = nullptr;

@@ -27,6 +27,7 @@ PanelHost::PanelHost(QMainWindow& window, QWidget& area, Settings& settings)
     , m_title(new QLabel(this))
     , m_tearButton(new QToolButton(this))
     , m_closeButton(new QToolButton(this))
+    , m_scroll(new QScrollArea(this))
 {
     setObjectName(QStringLiteral("sidePanel"));
     setEdges(*this, Qt::RightEdge);
@@ -42,6 +43,9 @@ PanelHost::PanelHost(QMainWindow& window, QWidget& area, Settings& settings)
     heading->addWidget(m_closeButton);
     m_content = new QVBoxLayout(this);
     m_content->addLayout(heading);
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setWidgetResizable(true); // scrolls only what has no room
+    m_content->addWidget(m_scroll, 1);
     connect(m_closeButton, &QToolButton::clicked, this, &PanelHost::close);
     connect(m_tearButton, &QToolButton::clicked, this, [this] {
         if (m_current)
@@ -90,26 +94,31 @@ SidePanel* PanelHost::open(const QString& name)
 
 void PanelHost::show(SidePanel* panel)
 {
-    if (m_current && m_current != panel) {
-        m_content->removeWidget(m_current);
-        m_current->hide();
+    if (m_current != panel) {
+        putAway();
+        m_current = panel;
+        m_scroll->setWidget(panel);
     }
-    m_current = panel;
     m_title->setText(text(panel->titleKey()));
-    m_content->addWidget(panel, 1);
     panel->show();
     place();
     QWidget::show();
     raise();
 }
 
+void PanelHost::putAway()
+{
+    if (!m_current)
+        return;
+    m_scroll->takeWidget();
+    m_current->hide();
+    m_current->setParent(this);
+    m_current = nullptr;
+}
+
 void PanelHost::close()
 {
-    if (m_current) {
-        m_content->removeWidget(m_current);
-        m_current->hide();
-        m_current = nullptr;
-    }
+    putAway();
     hide();
     emit changed();
 }
@@ -209,7 +218,7 @@ void PanelHost::place()
     if (!m_current)
         return;
     const int width =
-        std::min(Theme::theme().px(m_current->preferredWidth()), m_area.width() * 4 / 5);
+        std::min(Theme::theme().px(m_current->preferredWidth()), m_area.width() * 9 / 10);
     setGeometry(0, m_top, width, m_area.height() - m_top);
 }
 

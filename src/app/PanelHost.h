@@ -12,6 +12,8 @@
 
 #include <map>
 
+class QScrollArea;
+
 namespace kelvox {
 
 /// Where the panels live: one at a time beside the rail over the chart, any number torn off. The
@@ -48,6 +50,7 @@ signals:
 
 private:
     void show(SidePanel* panel);
+    void putAway(); ///< what is shown beside the rail
 
     QMainWindow& m_window;
     QWidget& m_area;
@@ -59,6 +62,7 @@ private:
     QLabel* m_title;
     QToolButton* m_tearButton;
     QToolButton* m_closeButton;
+    QScrollArea* m_scroll;
     QVBoxLayout* m_content;
 };
 

@@ -31,6 +31,7 @@ struct ChartRecord {
     std::string title;
     std::string edition;
     int update = 0;
+    std::string date; ///< YYYYMMDD of the cell's issue; empty where the chart gives none
     int scale = 0; ///< compiled scale's denominator; 0 when not given
     /// Degrees: left west, bottom south; right may be above 180. Empty when the chart has no place.
     Rect bounds;

@@ -14,12 +14,13 @@ namespace kelvox {
 namespace {
 constexpr int busyMilliseconds = 2'000; ///< a second window may be writing
 
-constexpr const char* tables = "CREATE TABLE IF NOT EXISTS chart("
-                               "path TEXT PRIMARY KEY, kind INTEGER, size INTEGER,"
-                               "modified INTEGER, updates INTEGER, name TEXT, title TEXT,"
-                               "edition TEXT, number INTEGER, scale INTEGER, west REAL,"
-                               "south REAL, east REAL, north REAL, coverage BLOB, problem TEXT)"
-                               " WITHOUT ROWID";
+constexpr const char* tables =
+    "CREATE TABLE IF NOT EXISTS chart("
+    "path TEXT PRIMARY KEY, kind INTEGER, size INTEGER,"
+    "modified INTEGER, updates INTEGER, name TEXT, title TEXT,"
+    "edition TEXT, number INTEGER, scale INTEGER, west REAL,"
+    "south REAL, east REAL, north REAL, coverage BLOB, problem TEXT, date TEXT)"
+    " WITHOUT ROWID";
 
 struct Finalise {
     void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
@@ -106,6 +107,7 @@ std::optional<ChartRecord> recordAt(sqlite3_stmt* row)
     record.bounds = {sqlite3_column_double(row, 10), sqlite3_column_double(row, 11),
                      sqlite3_column_double(row, 12), sqlite3_column_double(row, 13)};
     record.problem = textAt(row, 15);
+    record.date = textAt(row, 16);
     auto coverage = unpack({static_cast<const char*>(sqlite3_column_blob(row, 14)),
                             static_cast<std::size_t>(sqlite3_column_bytes(row, 14))});
     const Rect& box = record.bounds;
@@ -183,7 +185,7 @@ std::vector<ChartRecord> ChartStore::load()
     {
         const auto all = prepare(m_database,
                                  "SELECT path, kind, size, modified, updates, name, title, edition,"
-                                 " number, scale, west, south, east, north, coverage, problem"
+                                 " number, scale, west, south, east, north, coverage, problem, date"
                                  " FROM chart");
         while (all && (step = sqlite3_step(all.get())) == SQLITE_ROW)
             if (auto record = recordAt(all.get()))
@@ -203,7 +205,7 @@ void ChartStore::save(const ChartRecords& charts)
         return;
     const auto insert = prepare(m_database,
                                 "INSERT OR REPLACE INTO chart VALUES"
-                                "(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)");
+                                "(?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?,?)");
     if (!insert || !execute("BEGIN"))
         return;
     for (const auto& chart : charts) {
@@ -226,6 +228,7 @@ void ChartStore::save(const ChartRecords& charts)
         sqlite3_bind_blob(row, 15, coverage.data(), static_cast<int>(coverage.size()),
                           SQLITE_TRANSIENT);
         bindText(row, 16, chart->problem);
+        bindText(row, 17, chart->date);
         sqlite3_step(row);
         sqlite3_reset(row);
     }

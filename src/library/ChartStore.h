@@ -14,7 +14,7 @@ namespace kelvox {
 /// cannot be written, nothing is kept. Used by one thread at a time.
 class ChartStore {
 public:
-    static constexpr int version = 1; ///< of the tables; another one is thrown away
+    static constexpr int version = 2; ///< of the tables; another one is thrown away
 
     /// @param file empty to keep nothing
     explicit ChartStore(std::filesystem::path file);

@@ -80,6 +80,7 @@ void summariseCell(ChartRecord& record)
     }
     record.edition = summary->edition;
     record.update = summary->update;
+    record.date = summary->issueDate;
     record.scale = static_cast<int>(std::min<std::uint32_t>(summary->compiledScale, 1U << 30U));
     record.bounds = summary->bounds;
     for (const auto& ring : summary->coverage)

@@ -43,6 +43,8 @@ TEST_F(RecoveryTest, DISABLED_SailsUntilItIsKilled)
     CrashReport::install(shared / "state", "Kelvox, a test");
     startIn(shared);
     window().openFiles({folders::applicationResources() / "demo"}); // not as the demo: remembered
+    waitFor([this] { return !chart().scene()->cells.empty() && !window().charts().isScanning(); },
+            "all charts"); // then no more is fitted
     run("view.dusk");
     chart().setScale(25'000);
     chart().centerOn({.longitude = -27.41, .latitude = 47.55});
