@@ -88,7 +88,8 @@ QToolButton* makeButton(QWidget* parent, const QString& name)
 MainWindow::MainWindow(Program& program)
     : m_program(program)
     , m_commands(*this, program.settings())
-    , m_charts(program.executor(), program.library(), program.places().cache / "charts.sqlite")
+    , m_charts(program.executor(), program.library(), program.chartSharing(),
+               program.places().cache / "charts.sqlite")
     , m_area(new QWidget(this))
     , m_chart(new ChartView(program.pool(), m_area))
     , m_topBar(makeFrame(QStringLiteral("topBar"), this))
@@ -738,6 +739,7 @@ void MainWindow::rememberView()
 void MainWindow::open(const std::vector<std::filesystem::path>& paths)
 {
     m_fitWhenLoaded = true;
+    m_fittedView.reset();
     // The user's own charts take the place of the demo's.
     if (!std::exchange(m_remembersCharts, true))
         m_charts.setPlaces({});
@@ -844,22 +846,27 @@ void MainWindow::connectCharts()
             choose();
     });
     choose();
-    if (m_program.settings().boolean("simplifiedSymbols"))
-        chooseSymbols();
+    chooseSymbols();
 }
 
 void MainWindow::chartsFound()
 {
     // Something to see at once; the whole is fitted when all is known.
-    if (m_fitWhenLoaded && m_scene.cells.empty() && m_scene.rasters.empty())
+    if (m_fitWhenLoaded && m_scene.cells.empty() && m_scene.rasters.empty()
+        && (!m_fittedView || m_fittedView == shownView())) {
         fitAll();
+        m_fittedView = shownView();
+    }
     updateStatus();
 }
 
 void MainWindow::scanFinished(int found)
 {
-    if (std::exchange(m_fitWhenLoaded, false) && found > 0)
+    // Not from under the hand of a user who has gone elsewhere meanwhile.
+    const bool isMoved = m_fittedView && m_fittedView != shownView();
+    if (std::exchange(m_fitWhenLoaded, false) && found > 0 && !isMoved)
         fitAll();
+    m_fittedView.reset();
     updateStatus();
 }
 
@@ -896,6 +903,12 @@ void MainWindow::fitAll()
 {
     if (const Rect bounds = m_charts.bounds(); !bounds.isEmpty())
         m_chart->showBounds(bounds);
+}
+
+std::tuple<double, double, int> MainWindow::shownView() const
+{
+    const Position center = m_chart->center();
+    return {center.latitude, center.longitude, m_chart->scale()};
 }
 
 void MainWindow::closeCharts()

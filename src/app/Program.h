@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AlarmCenter.h"
+#include "app/ChartSet.h"
 #include "app/CompanionBus.h"
 #include "app/LiveData.h"
 #include "app/MainExecutor.h"
@@ -63,6 +64,7 @@ public:
     [[nodiscard]] GribModel& gribModel() { return m_grib; }
     [[nodiscard]] GribController& weather() { return m_weather; }
     [[nodiscard]] S52Model& library() { return m_library; }
+    [[nodiscard]] ChartSharing& chartSharing() { return m_chartSharing; }
     [[nodiscard]] S52Render& presentation() { return m_presentation; }
     /// The coasts of the world; null until they are read, and where none are installed.
     [[nodiscard]] const std::shared_ptr<const BaseMap>& baseMap() const { return m_baseMap; }
@@ -119,6 +121,7 @@ private:
     GribController m_weather;
     S52Model& m_library;
     S52Render m_presentation;
+    ChartSharing m_chartSharing;
     ColorScheme m_scheme = ColorScheme::Day;
     std::shared_ptr<const BaseMap> m_baseMap;
     QTimer m_saveTimer;
