@@ -50,7 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         (void)readRecords(bytes,
                           {.restart = [&] { records = 0; },
                            .record =
-                               [&](std::string_view, const PropertyFields& fields) {
+                               [&](std::size_t, std::string_view, const PropertyFields& fields) {
                                    Waypoint waypoint;
                                    waypoint.read(fields);
                                    Track track;

@@ -3,6 +3,7 @@
 #include "app/Text.h"
 #include "app/Theme.h"
 
+#include <QApplication>
 #include <QHBoxLayout>
 
 namespace kelvox {
@@ -86,17 +87,24 @@ void AlarmBanner::restyle()
     const QColor ink = danger && theme.scheme() == ColorScheme::Day ? theme.colors().background
         : theme.scheme() == ColorScheme::Day                        ? theme.colors().text
                                                                     : theme.colors().background;
-    setStyleSheet(QStringLiteral("#alarmBanner { background: %1; } #alarmBanner QLabel"
-                                 " { color: %2; background: transparent; }"
-                                 "#alarmBanner QPushButton { background: transparent; color: %2;"
-                                 " border: 2px solid %2; font-weight: 600; min-width: %3px;"
-                                 " min-height: %4px; }")
-                      .arg(fill.name(), ink.name())
-                      .arg(theme.px(72))
-                      .arg(theme.px(36)));
-    m_message->setStyleSheet(
-        QStringLiteral("font-size: %1px; font-weight: 700;").arg(theme.px(20)));
-    m_information->setStyleSheet(QStringLiteral("font-size: %1px;").arg(theme.px(15)));
+    QPalette colors = QApplication::palette();
+    colors.setColor(QPalette::Window, fill);
+    colors.setColor(QPalette::Button, fill);
+    for (const auto role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Mid,
+                            QPalette::Link, QPalette::PlaceholderText})
+        colors.setColor(role, ink);
+    colors.setColor(QPalette::Highlight, fill.darker(120));
+    setPalette(colors);
+    const auto fontOf = [&](int size, QFont::Weight weight) {
+        QFont font = QApplication::font();
+        font.setPixelSize(theme.px(size));
+        font.setWeight(weight);
+        return font;
+    };
+    m_message->setFont(fontOf(20, QFont::Bold));
+    m_information->setFont(fontOf(15, QFont::Normal));
+    m_button->setFont(fontOf(13, QFont::DemiBold));
+    m_button->setMinimumSize(theme.px(104), theme.px(44));
     const int margin = theme.px(12);
     layout()->setContentsMargins(margin, theme.px(8), margin, theme.px(8));
     layout()->setSpacing(margin);

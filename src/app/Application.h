@@ -16,11 +16,13 @@ public:
 
     Application(int& argc, char** argv);
 
-    /// An event that took longer than longestStall: how long, and the class and name of what it was
-    /// for. Loops of dialogs and menus within an event do not count. Logged when none is set and
-    /// the environment has KELVOX_WATCHDOG.
+    /// An event that took longer than longestStall: how long by the clock, how much of that the
+    /// thread was working (the rest it waited, or other programs had the processor), and the class
+    /// and name of what it was for. Loops of dialogs and menus within an event do not count.
+    /// Logged when none is set and the environment has KELVOX_WATCHDOG.
     using StallHandler =
-        std::function<void(std::chrono::milliseconds duration, const QByteArray& receiver)>;
+        std::function<void(std::chrono::milliseconds duration, std::chrono::milliseconds working,
+                           const QByteArray& receiver)>;
     void setStallHandler(StallHandler handler) { m_handler = std::move(handler); }
 
     bool notify(QObject* receiver, QEvent* event) override;

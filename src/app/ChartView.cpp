@@ -503,8 +503,13 @@ bool ChartView::event(QEvent* event)
             m_dragFrom.reset();
             m_holdTimer.stop();
             const QPointF middle = mapFromGlobal(pinch->centerPoint());
+            if (pinch->state() == Qt::GestureStarted)
+                m_pinchScale = m_scale;
+            if (pinch->changeFlags().testFlag(QPinchGesture::CenterPointChanged))
+                panBy(pinch->centerPoint() - pinch->lastCenterPoint());
+            // From the scale it began with: whole scales would swallow the steps of a slow pinch.
             if (pinch->changeFlags().testFlag(QPinchGesture::ScaleFactorChanged))
-                zoomAt(middle, pinch->scaleFactor());
+                zoomAt(middle, m_scale * pinch->totalScaleFactor() / m_pinchScale);
             if (pinch->changeFlags().testFlag(QPinchGesture::RotationAngleChanged))
                 turnAt(middle, pinch->lastRotationAngle() - pinch->rotationAngle());
             gestures->accept();

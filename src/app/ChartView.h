@@ -135,6 +135,7 @@ private:
     std::optional<QPointF> m_dragFrom; ///< the chart is being dragged, or would be
     ChartLayer* m_pressedLayer = nullptr;
     bool m_moved = false;
+    int m_pinchScale = 1; ///< the scale that a pinch began with
     QBasicTimer m_holdTimer;
     // What is left of a drag's speed after the release, widget pixels a millisecond.
     QPointF m_speed;

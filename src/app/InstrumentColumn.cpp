@@ -1,6 +1,7 @@
 #include "app/InstrumentColumn.h"
 
 #include "app/Gauges.h"
+#include "app/Style.h"
 #include "app/Text.h"
 #include "app/Theme.h"
 
@@ -13,6 +14,7 @@ InstrumentColumn::InstrumentColumn(Program& program, QWidget* parent)
     : QFrame(parent)
 {
     setObjectName(QStringLiteral("instrumentColumn"));
+    setEdges(*this, Qt::LeftEdge);
     setAccessibleName(text("NSInstruments"));
     // More gauges than the window is high can be scrolled to.
     auto* scroll = new QScrollArea(this);

@@ -4,6 +4,7 @@
 #include "app/FurnitureLayer.h"
 #include "app/InstrumentColumn.h"
 #include "app/SettingsDialog.h"
+#include "app/Style.h"
 #include "app/Text.h"
 #include "app/panels/Panels.h"
 #include "app/panels/WeatherPanel.h"
@@ -15,8 +16,10 @@
 #include <QDateTime>
 #include <QFileDialog>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLocale>
 #include <QMenu>
+#include <QPainter>
 #include <QShortcut>
 
 #include <cmath>
@@ -25,6 +28,7 @@ namespace kelvox {
 
 namespace {
 constexpr auto noteTime = std::chrono::seconds(6);
+constexpr auto rememberDelay = std::chrono::milliseconds(700); ///< after the last move of a drag
 
 std::vector<std::filesystem::path> toPaths(const QStringList& names)
 {
@@ -42,7 +46,34 @@ QFrame* makeFrame(const QString& name, QWidget* parent)
     return frame;
 }
 
-/// Removes what a layout held, so that it can be filled anew.
+/// Large, round and red: found without reading.
+class MobButton final : public QPushButton {
+public:
+    explicit MobButton(QWidget* parent)
+        : QPushButton(QStringLiteral("MOB"), parent)
+    {
+    }
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override
+    {
+        const Theme& theme = Theme::theme();
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const double line = theme.px(3);
+        painter.setBrush(isDown() ? theme.colors().red.darker(130) : theme.colors().red);
+        painter.setPen(hasFocus() ? QPen(theme.colors().text, line) : QPen(Qt::NoPen));
+        const double inset = hasFocus() ? line / 2 : 0;
+        painter.drawEllipse(QRectF(rect()).adjusted(inset, inset, -inset, -inset));
+        QFont words = font();
+        words.setPixelSize(theme.px(15));
+        words.setBold(true);
+        painter.setFont(words);
+        painter.setPen(theme.colors().background);
+        painter.drawText(rect(), Qt::AlignCenter, text());
+    }
+};
+
 QToolButton* makeButton(QWidget* parent, const QString& name)
 {
     auto* button = new QToolButton(parent);
@@ -64,7 +95,7 @@ MainWindow::MainWindow(Program& program)
     , m_instruments(new InstrumentColumn(program, this))
     , m_panels(new PanelHost(*this, *m_area, program.settings()))
     , m_banner(new AlarmBanner(program.alarms(), *m_area))
-    , m_mobButton(new QPushButton(this))
+    , m_mobButton(new MobButton(this))
     , m_note(new QLabel(m_area))
     , m_card(makeFrame(QStringLiteral("card"), m_area))
     , m_latitude(NSPositionFormatter::Latitude, textCatalog().strings())
@@ -87,13 +118,17 @@ MainWindow::MainWindow(Program& program)
     rows->addLayout(columns, 1);
     rows->addWidget(m_statusLine);
     setCentralWidget(central);
+    setEdges(*m_topBar, Qt::BottomEdge);
+    setEdges(*m_rail, Qt::RightEdge);
+    setEdges(*m_statusLine, Qt::TopEdge);
 
     m_note->setObjectName(QStringLiteral("card"));
-    m_note->setAutoFillBackground(true);
+    makeCard(*m_note);
     m_note->setWordWrap(true);
     m_note->hide();
     m_noteTimer.setSingleShot(true);
     connect(&m_noteTimer, &QTimer::timeout, m_note, &QWidget::hide);
+    makeCard(*m_card);
     auto* cardRows = new QVBoxLayout(m_card);
     auto* cardHeading = new QHBoxLayout;
     m_cardTitle = new QLabel(m_card);
@@ -163,10 +198,17 @@ MainWindow::MainWindow(Program& program)
     });
     connect(&program.alarms(), &AlarmCenter::changed, this, &MainWindow::updateAlarms);
     connect(m_panels, &PanelHost::changed, this, &MainWindow::updateRail);
+    m_rememberTimer.setSingleShot(true);
+    m_rememberTimer.setInterval(rememberDelay);
+    connect(&m_rememberTimer, &QTimer::timeout, this, &MainWindow::rememberWindow);
+    connect(m_panels, &PanelHost::changed, &m_rememberTimer, qOverload<>(&QTimer::start));
+    qApp->installEventFilter(this);
     m_chart->setFocus();
     restyle();
     restoreView();
     m_panels->restore();
+    restoreState(
+        QByteArray::fromBase64(QByteArray::fromStdString(program.settings().text("window.state"))));
     updateAlarms();
     for (const QString& message : program.startMessages())
         showNote(message);
@@ -177,6 +219,7 @@ MainWindow::~MainWindow()
     if (m_tool)
         m_tool->cancel(); // while there is a whole window to put it away in
     m_chart->setLayers({});
+    m_panels->disconnect(this); // the panels go after this
 }
 
 void MainWindow::buildCommands()
@@ -326,7 +369,6 @@ void MainWindow::buildRail()
     column->addWidget(follow, 0, Qt::AlignHCenter);
     column->addStretch(1);
     m_mobButton->setObjectName(QStringLiteral("mobButton"));
-    m_mobButton->setText(QStringLiteral("MOB"));
     m_mobButton->setAccessibleName(text("NSCommand.vessel.manOverboard"));
     m_mobButton->setToolTip(text("NSCommand.vessel.manOverboard"));
     m_mobButton->setFocusPolicy(Qt::TabFocus);
@@ -354,6 +396,10 @@ void MainWindow::restyle()
     const Theme& theme = Theme::theme();
     m_topBar->setFixedHeight(theme.px(40));
     m_rail->setFixedWidth(theme.px(64));
+    m_mobButton->setFixedSize(theme.px(56), theme.px(56));
+    QFont small = QApplication::font();
+    small.setPixelSize(theme.px(12));
+    m_statusLine->setFont(small);
     m_instruments->setFixedWidth(theme.px(188));
     m_statusLine->setFixedHeight(theme.px(28));
     m_statusLine->layout()->setContentsMargins(theme.px(12), 0, theme.px(12), 0);
@@ -425,8 +471,35 @@ void MainWindow::placeOverlays()
 void MainWindow::resizeEvent(QResizeEvent* event)
 {
     QMainWindow::resizeEvent(event);
+    m_rememberTimer.start();
     // The area gets its size with the layout, after this event.
     QTimer::singleShot(0, this, &MainWindow::placeOverlays);
+}
+
+bool MainWindow::eventFilter(QObject* object, QEvent* event)
+{
+    // The keys of a window rest while one of its dialogs is open. This one must not.
+    const auto belongsHere = [this](QWidget* window) {
+        while (window && window != this)
+            window = window->parentWidget();
+        return window == this;
+    };
+    if (event->type() == QEvent::KeyPress && object->isWindowType()
+        && QApplication::activeWindow() != this && belongsHere(QApplication::activeWindow())) {
+        const auto* const press = static_cast<QKeyEvent*>(event);
+        QAction* const action = m_commands.action("vessel.manOverboard");
+        if (!press->isAutoRepeat() && action->shortcut() == QKeySequence(press->keyCombination())) {
+            action->trigger();
+            return true;
+        }
+    }
+    return QMainWindow::eventFilter(object, event);
+}
+
+void MainWindow::moveEvent(QMoveEvent* event)
+{
+    QMainWindow::moveEvent(event);
+    m_rememberTimer.start();
 }
 
 void MainWindow::changeEvent(QEvent* event)
@@ -524,8 +597,9 @@ void MainWindow::offerRestore(const std::filesystem::path& report)
     auto* words = new QLabel(text("NSCrashed", {QString::fromStdString(report.string())}), box);
     words->setWordWrap(true);
     rows->addWidget(words);
-    const auto addButton = [&](const char* key, auto run) {
+    const auto addButton = [&](const char* name, const char* key, auto run) {
         auto* button = new QPushButton(text(key), box);
+        button->setObjectName(QLatin1String(name));
         button->setMinimumHeight(Theme::theme().px(40));
         connect(button, &QPushButton::clicked, this, [this, run] {
             showCard({}, nullptr);
@@ -533,11 +607,11 @@ void MainWindow::offerRestore(const std::filesystem::path& report)
         });
         rows->addWidget(button);
     };
-    addButton("NSRestoreView", [this] {
+    addButton("restoreView", "NSRestoreView", [this] {
         if (!openRemembered())
             openDemo();
     });
-    addButton("NSStartAfresh", [this] { openDemo(); });
+    addButton("startAfresh", "NSStartAfresh", [this] { openDemo(); });
     showCard(text("NSCrashTitle"), box);
 }
 
@@ -570,16 +644,22 @@ void MainWindow::restoreView()
     m_commands.action("view.instruments")->setChecked(instruments);
 }
 
-void MainWindow::rememberView()
+void MainWindow::rememberWindow()
 {
     Settings& settings = m_program.settings();
     settings.set("window.geometry", saveGeometry().toBase64().toStdString());
     settings.set("window.state", saveState().toBase64().toStdString());
+    m_panels->remember();
+}
+
+void MainWindow::rememberView()
+{
+    Settings& settings = m_program.settings();
     settings.set("chart.scale", static_cast<long long>(m_chart->scale()));
     const Position center = m_chart->center();
     settings.set("chart.latitude", center.latitude);
     settings.set("chart.longitude", center.longitude);
-    m_panels->remember();
+    rememberWindow();
 }
 
 void MainWindow::open(const std::vector<std::filesystem::path>& paths)
@@ -813,6 +893,10 @@ void MainWindow::updateAlarms()
     const auto count = m_program.alarms().active().size();
     const Theme& theme = Theme::theme();
     m_alarmsButton->setText(QString::number(count));
+    if (count > 0 && isMinimized()) { // it must be seen to be acknowledged
+        showNormal();
+        raise();
+    }
     m_alarmsButton->setIcon(
         theme.icon(QStringLiteral("alarm"), count > 0 ? theme.colors().red : theme.colors().text));
 }

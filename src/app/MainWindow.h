@@ -64,6 +64,8 @@ public:
 protected:
     void closeEvent(QCloseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    bool eventFilter(QObject* object, QEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:
@@ -81,6 +83,7 @@ private:
     void chooseSymbols(); ///< paper chart or simplified, as the settings say
     void restoreView();
     void rememberView();
+    void rememberWindow(); ///< soon after each change, so that a kill loses nothing
 
     void connectCharts();
     void chartsFound();
@@ -123,6 +126,7 @@ private:
 
     QLabel* m_note;
     QTimer m_noteTimer;
+    QTimer m_rememberTimer;
     QFrame* m_card;
     QLabel* m_cardTitle;
     QWidget* m_cardContent = nullptr;

@@ -1,5 +1,6 @@
 #include "app/MonitorDialog.h"
 
+#include "app/ClearAction.h"
 #include "app/Program.h"
 #include "app/SettingControls.h"
 #include "app/Text.h"
@@ -69,7 +70,7 @@ MonitorDialog::MonitorDialog(Program& program, MonitorLog& log, const QString& t
     auto* rows = new QVBoxLayout(this);
     m_filter->setPlaceholderText(text("NSMonitorFilter"));
     m_filter->setAccessibleName(text("NSMonitorFilter"));
-    m_filter->setClearButtonEnabled(true);
+    addClearAction(*m_filter);
     rows->addWidget(m_filter);
     m_list->setModel(m_model);
     m_list->setUniformItemSizes(true);

@@ -1,8 +1,10 @@
 #include "app/PanelHost.h"
 
+#include "app/Style.h"
 #include "app/Text.h"
 #include "app/Theme.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QScrollArea>
 
@@ -27,6 +29,7 @@ PanelHost::PanelHost(QMainWindow& window, QWidget& area, Settings& settings)
     , m_closeButton(new QToolButton(this))
 {
     setObjectName(QStringLiteral("sidePanel"));
+    setEdges(*this, Qt::RightEdge);
     setAutoFillBackground(true);
     m_title->setObjectName(QStringLiteral("panelTitle"));
     m_tearButton->setToolTip(text("NSTearOff"));
@@ -157,6 +160,7 @@ void PanelHost::tearOff(const QString& name)
     dock->addAction(back);
     dock->setContextMenuPolicy(Qt::ActionsContextMenu);
     connect(dock, &QDockWidget::visibilityChanged, this, [this] { emit changed(); });
+    dock->installEventFilter(this); // where it is moved to is remembered
     m_settings.set(settingOf(*torn), true);
 }
 
@@ -167,12 +171,20 @@ void PanelHost::putBack(const QString& name)
     if (!torn || it == m_docks.end())
         return;
     QDockWidget* const dock = it->second;
+    dock->removeEventFilter(this);
     m_docks.erase(it);
     torn->setParent(this);
     m_window.removeDockWidget(dock);
     dock->deleteLater();
     m_settings.set(settingOf(*torn), false);
     open(name);
+}
+
+bool PanelHost::eventFilter(QObject* object, QEvent* event)
+{
+    if (event->type() == QEvent::Move || event->type() == QEvent::Resize)
+        emit changed();
+    return QFrame::eventFilter(object, event);
 }
 
 void PanelHost::restyle()

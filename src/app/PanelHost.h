@@ -40,6 +40,7 @@ public:
     void remember();
     /// Fits itself into the area: called when that changes size.
     void place();
+    bool eventFilter(QObject* object, QEvent* event) override;
     void setTop(int top); ///< how much of the area's top is taken, by an alarm
 
 signals:

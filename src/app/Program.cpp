@@ -1,5 +1,6 @@
 #include "app/Program.h"
 
+#include "app/DialogAlarms.h"
 #include "app/SettingsCatalog.h"
 #include "app/Text.h"
 #include "app/nav/NavLinks.h"
@@ -79,6 +80,7 @@ Program::Program(Places places)
     loadBaseMap();
     connectModels();
     new NavLinks(*this);
+    new DialogAlarms(m_alarms, this);
     connectLive();
     m_live.start();
     setScheme(schemeOf(m_settings));

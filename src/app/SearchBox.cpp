@@ -6,6 +6,7 @@
 #include "app/Commands.h"
 #include "app/PickLayer.h"
 #include "app/Program.h"
+#include "app/Style.h"
 #include "app/Text.h"
 #include "app/TypedPosition.h"
 #include "navigation/NavMath.h"
@@ -39,7 +40,8 @@ SearchBox::SearchBox(ChartHost& host, PickLayer& picks, QWidget* parent)
     setPlaceholderText(kelvox::text("NSSearchPlaceholder"));
     setAccessibleName(kelvox::text("NSSearchPlaceholder"));
     addClearAction(*this);
-    m_list->setObjectName(QStringLiteral("card"));
+    m_list->setObjectName(QStringLiteral("searchResults"));
+    makeCard(*m_list);
     m_list->setAccessibleName(kelvox::text("NSSearchResults"));
     m_list->setFocusPolicy(Qt::NoFocus); // the keys stay with the text
     m_list->setAutoFillBackground(true);

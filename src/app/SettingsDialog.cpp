@@ -13,6 +13,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QShortcut>
 #include <QToolButton>
 #include <QVBoxLayout>
 
@@ -102,6 +103,10 @@ SettingsDialog::SettingsDialog(Program& program, Commands& commands, QWidget* pa
         else
             m_search->clear();
     });
+    auto* help = new QShortcut(QKeySequence::HelpContents, this);
+    connect(help, &QShortcut::activated, this, [this] { showGroup(keysGroup); });
+    auto* find = new QShortcut(QKeySequence::Find, this);
+    connect(find, &QShortcut::activated, m_search, qOverload<>(&QWidget::setFocus));
     showGroup(program.settings().text("settings.group", groups.front()));
     m_search->setFocus();
 }

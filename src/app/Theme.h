@@ -45,11 +45,10 @@ public:
                                  double pixelRatio) const;
 
 private:
-    [[nodiscard]] QString styleSheet() const;
-
     ColorScheme m_scheme = ColorScheme::Day;
     Colors m_colors;
     double m_scale = 1;
+    double m_dressedScale = 0; ///< of the style that is set
 };
 
 } // namespace kelvox

@@ -1,5 +1,8 @@
 #include "base/File.h"
 
+#include "base/AtomicFile.h"
+#include "base/RegularFile.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -26,7 +29,6 @@ public:
             ::close(m_fd);
     }
     [[nodiscard]] int get() const { return m_fd; }
-    int release() { return std::exchange(m_fd, -1); }
 
 private:
     int m_fd;
@@ -46,20 +48,6 @@ Result<std::size_t> regularFileSize(int fd, const std::filesystem::path& path)
     if (!S_ISREG(info.st_mode))
         return failure(Error::Code::CannotOpen, path.string() + ": not a regular file");
     return static_cast<std::size_t>(info.st_size);
-}
-
-bool writeAll(int fd, std::string_view bytes)
-{
-    while (!bytes.empty()) {
-        const ssize_t written = ::write(fd, bytes.data(), bytes.size());
-        if (written < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        bytes.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
 }
 } // namespace
 
@@ -117,62 +105,27 @@ MappedFile::~MappedFile()
 
 Result<std::string> readFile(const std::filesystem::path& path, std::size_t limit)
 {
-    const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (file.get() < 0)
-        return systemFailure(path);
-    const auto size = regularFileSize(file.get(), path);
-    if (!size)
-        return tl::unexpected(size.error());
-    if (*size > limit)
+    const auto file = RegularFile::open(path);
+    if (!file)
+        return tl::unexpected(file.error());
+    if (file->size() > limit)
         return failure(Error::Code::OutOfRange, path.string() + ": file too large");
-    std::string bytes(*size, '\0');
-    std::size_t have = 0;
-    while (have < bytes.size()) {
-        const ssize_t got = ::read(file.get(), bytes.data() + have, bytes.size() - have);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            return systemFailure(path);
-        if (got == 0)
-            break;
-        have += static_cast<std::size_t>(got);
-    }
-    bytes.resize(have);
+    std::string bytes(file->size(), '\0');
+    const auto have = file->readAt(0, bytes);
+    if (!have)
+        return failure(have.error().code, path.string() + ": " + have.error().message);
+    bytes.resize(*have);
     return bytes;
 }
 
 Result<void> writeFileAtomically(const std::filesystem::path& path, std::string_view bytes)
 {
-    std::error_code ignored; // the open below reports what matters
-    if (path.has_parent_path())
-        std::filesystem::create_directories(path.parent_path(), ignored);
-
-    // A link is followed, so that a user who keeps the file elsewhere keeps it there.
-    std::error_code notALink;
-    auto target = std::filesystem::canonical(path, notALink);
-    if (notALink)
-        target = path;
-
-    std::string temporary = target.string() + ".XXXXXX";
-    Descriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
-    if (file.get() < 0)
-        return systemFailure(target);
-    struct stat old { };
-    const mode_t mode = ::stat(target.c_str(), &old) == 0 ? old.st_mode & 07777 : 0644;
-    const bool written = writeAll(file.get(), bytes) && ::fchmod(file.get(), mode) == 0
-        && ::fsync(file.get()) == 0 && ::close(file.release()) == 0;
-    if (!written || ::rename(temporary.c_str(), target.c_str()) != 0) {
-        const auto error = systemFailure(target);
-        ::unlink(temporary.c_str());
-        return error;
-    }
-    auto folder = target.parent_path();
-    if (folder.empty())
-        folder = ".";
-    const Descriptor parent(::open(folder.c_str(), O_RDONLY | O_CLOEXEC | O_DIRECTORY));
-    if (parent.get() >= 0)
-        ::fsync(parent.get()); // the rename itself survives a power cut
-    return {};
+    auto file = AtomicFile::create(path);
+    if (!file)
+        return tl::unexpected(file.error());
+    if (auto written = file->append(bytes); !written)
+        return written;
+    return file->commit();
 }
 
 } // namespace kelvox

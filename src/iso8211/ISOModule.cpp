@@ -23,17 +23,23 @@ bool equalIgnoringCase(std::string_view a, std::string_view b)
     });
 }
 
-/// A decimal that counts bytes: negative ones are taken as none.
-std::size_t byteCount(std::string_view text)
+/// A decimal of the few digits that directories and leaders have; most are nothing but digits.
+std::int64_t shortDecimal(std::string_view text)
 {
-    std::size_t value = 0; // digits only, as nearly every record has them
+    std::int64_t value = 0;
     for (const char c : text) {
         const auto digit = static_cast<unsigned>(c - '0');
         if (digit > 9)
-            return static_cast<std::size_t>(std::max<std::int64_t>(isoDecimal(text), 0));
+            return isoDecimal(text);
         value = value * 10 + digit;
     }
     return value;
+}
+
+/// A decimal that counts bytes: negative ones are taken as none.
+std::size_t byteCount(std::string_view text)
+{
+    return static_cast<std::size_t>(std::max<std::int64_t>(shortDecimal(text), 0));
 }
 
 /// substr that gives an empty view instead of throwing.
@@ -108,7 +114,7 @@ void ISOModule::close()
     m_open = false;
     m_record = {};
     m_definitions.clear();
-    m_lastIndexes.clear();
+    m_lastTags.clear();
     m_error.reset();
     m_bytes = {};
     m_offset = 0;
@@ -159,16 +165,19 @@ Result<void> ISOModule::readDefinitions()
 int ISOModule::definitionIndex(std::string_view tag, std::size_t place)
 {
     // Records of a kind follow each other: most have the fields of the one before.
-    if (place >= m_lastIndexes.size())
-        m_lastIndexes.resize(place + 1);
-    LastTag& last = m_lastIndexes[place];
-    std::uint64_t packed = 0;
-    if (tag.size() <= sizeof packed)
-        std::memcpy(&packed, tag.data(), tag.size());
-    if (last.index >= 0 && last.tag == packed && tag.size() <= sizeof packed)
-        return last.index;
-    last = {packed, definitionIndex(tag)};
-    return last.index;
+    const bool packs = tag.size() == sizeof(std::uint32_t);
+    std::uint32_t packed = 0;
+    if (packs)
+        std::memcpy(&packed, tag.data(), sizeof packed);
+    if (packs && place < m_lastTags.size() && m_lastTags[place].tag == packed)
+        return m_lastTags[place].index;
+    const int index = definitionIndex(tag);
+    if (packs && index >= 0) {
+        if (place >= m_lastTags.size())
+            m_lastTags.resize(place + 1);
+        m_lastTags[place] = {packed, index};
+    }
+    return index;
 }
 
 int ISOModule::definitionIndex(std::string_view tag) const
@@ -237,8 +246,8 @@ const ISORawRecord* ISOModule::readRecord()
         return stop(Error::Code::BadSyntax, "the record's entry map is all zero");
     m_record.m_reuseLeader = leader[6] == 'R';
 
-    const std::int64_t length = isoDecimal(leader.substr(0, 5));
-    const std::int64_t fieldAreaStart = isoDecimal(leader.substr(12, 5));
+    const std::int64_t length = shortDecimal(leader.substr(0, 5));
+    const std::int64_t fieldAreaStart = shortDecimal(leader.substr(12, 5));
     if (length == 0) {
         m_offset += ISOLeader::size;
         return readUnmeasuredBody() && splitFields() ? &m_record : nullptr;
@@ -302,27 +311,28 @@ bool ISOModule::splitFields()
 {
     const std::size_t tagSize = m_record.m_sizeOfFieldTag;
     const std::size_t lengthSize = m_record.m_sizeOfFieldLength;
-    const std::size_t entrySize = tagSize + lengthSize + m_record.m_sizeOfFieldPosition;
-    const std::string_view directory{m_record.m_directory.data(), m_record.m_directory.size()};
+    const std::size_t positionSize = m_record.m_sizeOfFieldPosition;
+    const std::size_t entrySize = tagSize + lengthSize + positionSize;
     const std::string_view area{m_record.m_fieldArea.data(), m_record.m_fieldArea.size()};
 
     m_record.m_fields.clear();
     // Fields do not overlap in a sound record; a hostile one must not have its bytes read again for
     // every entry of its directory.
     std::size_t budget = 2 * area.size();
-    for (std::size_t at = 0; at < directory.size() && directory[at] != isoFieldTerminator;
-         at += entrySize) {
-        const auto entry = directory.substr(at, entrySize);
-        const int index = definitionIndex(entry.substr(0, tagSize), m_record.m_fields.size());
-        if (entry.size() < entrySize || index < 0
+    std::string_view directory{m_record.m_directory.data(), m_record.m_directory.size()};
+    while (!directory.empty() && directory.front() != isoFieldTerminator) {
+        const std::string_view tag(directory.data(), std::min(tagSize, directory.size()));
+        const int index = definitionIndex(tag, m_record.m_fields.size());
+        if (directory.size() < entrySize || index < 0
             || m_record.m_fields.size() >= ISORawRecord::maximumFields) {
             stop(Error::Code::BadSyntax,
-                 fmt::format("the record's directory names the unknown field \"{}\"",
-                             entry.substr(0, tagSize)));
+                 fmt::format("the record's directory names the unknown field \"{}\"", tag));
             return false;
         }
-        const auto data = slice(area, byteCount(entry.substr(tagSize + lengthSize)),
-                                byteCount(entry.substr(tagSize, lengthSize)));
+        const std::size_t length = byteCount({directory.data() + tagSize, lengthSize});
+        const std::size_t from = byteCount({directory.data() + tagSize + lengthSize, positionSize});
+        directory.remove_prefix(entrySize);
+        const auto data = slice(area, from, length);
         if (data.size() > budget) {
             stop(Error::Code::BadSyntax, "the record's fields lie over each other");
             return false;

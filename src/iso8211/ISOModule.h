@@ -119,10 +119,10 @@ private:
     ISOLeader m_leader;
     std::vector<ISOFieldDefinition> m_definitions;
     struct LastTag {
-        std::uint64_t tag = 0; ///< its first bytes, cut off behind the eighth
+        std::uint32_t tag = 0; ///< its four characters; others than such are not kept
         int index = -1;
     };
-    std::vector<LastTag> m_lastIndexes; ///< of the definitions at each place of the last directory
+    std::vector<LastTag> m_lastTags; ///< of the definitions at each place of the last directory
     ISORawRecord m_record;
     std::optional<Error> m_error;
 };

@@ -4,6 +4,8 @@
 #include "navigation/NavMath.h"
 #include "navigation/RecordsModel.h"
 
+#include <thread>
+
 namespace kelvox {
 
 /// What the collections of waypoints and of track points have in common.
@@ -35,6 +37,11 @@ public:
     }
 
 protected:
+    [[nodiscard]] std::size_t readers() const final
+    {
+        constexpr unsigned enough = 4; // beyond it the disk is what takes the time
+        return std::clamp(std::thread::hardware_concurrency(), 1U, enough);
+    }
     std::optional<Marker> getDictionary(const PropertyFields& fields) override
     {
         Marker marker;

@@ -48,10 +48,16 @@ void EditHistory::commit(std::unique_ptr<Edit> edit, Kind kind)
         closeStep();
 }
 
-void EditHistory::closeStep()
+void EditHistory::closeGroup()
 {
     if (!m_recorded.empty())
         write(std::exchange(m_recorded, {}), Kind::Recording);
+    if (m_depth == 0)
+        closeStep();
+}
+
+void EditHistory::closeStep()
+{
     if (m_open.empty())
         return;
     ++m_revision;

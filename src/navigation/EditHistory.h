@@ -47,15 +47,16 @@ public:
         Group& operator=(const Group&) = delete;
         ~Group()
         {
-            if (--m_history.m_depth == 0)
-                m_history.closeStep();
+            --m_history.m_depth;
+            m_history.closeGroup();
         }
 
     private:
         EditHistory& m_history;
     };
 
-    /// A recording is journaled, reaching the disk at least once a second, but is no step of undo.
+    /// A recording is journaled, reaching the disk at least once a second, but is no step of undo;
+    /// it does not wait for the end of a step around it, such as a long import.
     enum class Kind { UserEdit, Recording };
     void commit(std::unique_ptr<Edit> edit, Kind kind);
 
@@ -70,6 +71,7 @@ public:
 private:
     using Step = std::vector<std::unique_ptr<Edit>>;
     static const Clock& systemClock();
+    void closeGroup();
     void closeStep();
     void write(const std::vector<Journal::Entry>& entries, Kind kind);
     void writeStateOf(const Step& step);
@@ -82,7 +84,7 @@ private:
     int m_depth = 0;
     unsigned long m_revision = 0;
     Step m_open; // the step of the group that lives
-    std::vector<Journal::Entry> m_recorded; // within that group
+    std::vector<Journal::Entry> m_recorded; // within the innermost group
     std::deque<Step> m_done;
     std::deque<Step> m_undone;
 };

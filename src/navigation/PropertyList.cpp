@@ -1,5 +1,8 @@
 #include "navigation/PropertyList.h"
 
+#include "base/File.h"
+#include "base/RegularFile.h"
+
 #include <plist/plist.h>
 
 #include <algorithm>
@@ -8,78 +11,15 @@
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <thread>
 #include <utility>
 
 namespace kelvox {
 
 namespace {
-constexpr std::string_view documentHead = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                                          "<plist version=\"1.0\">\n<dict>\n";
-constexpr std::string_view documentTail = "</dict>\n</plist>\n";
+constexpr std::string_view lineOfKey = "\n<key>";
 constexpr int deepest = 16; // levels of dictionaries and arrays
 using Kind = PropertyFields::Kind;
-
-constexpr std::size_t longestNumber = 32; ///< characters
-constexpr std::size_t longestTags = 64; ///< characters of all tags around one value
-
-// Writing into room that is there: each returns where the next character goes.
-
-char* put(char* out, std::string_view text)
-{
-    std::memcpy(out, text.data(), text.size());
-    return out + text.size();
-}
-
-char* putPadded(char* out, unsigned value, int width)
-{
-    for (int i = width - 1; i >= 0; --i, value /= 10)
-        out[i] = static_cast<char>('0' + value % 10);
-    return out + width;
-}
-
-char* putNumber(char* out, auto value)
-{
-    return std::to_chars(out, out + longestNumber, value).ptr;
-}
-
-/// Most values are tenths, for which there is a shorter way than the general one.
-char* putReal(char* out, float value)
-{
-    constexpr double mostTenths = 999'999; // six digits always read back the same
-    const double tenths = static_cast<double>(value) * 10;
-    if (!(std::abs(tenths) <= mostTenths))
-        return putNumber(out, std::isfinite(value) ? value : 0.0F);
-    const int whole = static_cast<int>(tenths + (tenths < 0 ? -0.5 : 0.5));
-    if (static_cast<float>(whole / 10.0) != value)
-        return putNumber(out, value);
-    if (whole < 0)
-        *out++ = '-';
-    out = putNumber(out, std::abs(whole) / 10);
-    if (whole % 10 != 0) {
-        *out++ = '.';
-        *out++ = static_cast<char>('0' + std::abs(whole) % 10);
-    }
-    return out;
-}
-
-constexpr std::size_t longestEscape = 5; ///< characters that one character may become
-
-char* putEscaped(char* out, std::string_view value)
-{
-    for (const char c : value) {
-        if (c == '&')
-            out = put(out, "&amp;");
-        else if (c == '<')
-            out = put(out, "&lt;");
-        else if (c == '>')
-            out = put(out, "&gt;");
-        else if (c == '\r')
-            out = put(out, "&#13;");
-        else
-            *out++ = c;
-    }
-    return out;
-}
 
 void appendUtf8(std::string& text, std::uint32_t code)
 {
@@ -102,6 +42,8 @@ void appendUtf8(std::string& text, std::uint32_t code)
 
 std::string unescaped(std::string_view raw)
 {
+    if (raw.find('&') == std::string_view::npos)
+        return std::string(raw);
     constexpr std::pair<std::string_view, char> names[] = {
         {"amp", '&'}, {"lt", '<'}, {"gt", '>'}, {"quot", '"'}, {"apos", '\''}};
     std::string text;
@@ -162,6 +104,11 @@ public:
             return false;
         m_at += found + end.size();
         return true;
+    }
+    [[nodiscard]] bool atKey()
+    {
+        skipBlanks();
+        return size() >= 2 && m_at[0] == '<' && m_at[1] == 'k';
     }
     bool key(std::string_view& key) { return accept("<key>") && content(key, "</key>"); }
 
@@ -300,6 +247,32 @@ private:
     const char* m_end;
 };
 
+/// Entries of the top-level dictionary, as long as there are any.
+/// @return how many were no dictionaries; nothing where the scanner stopped within one
+std::optional<std::size_t> scanEntries(Scanner& scanner, const RecordVisitor& visitor,
+                                       std::size_t part)
+{
+    std::size_t passedOver = 0;
+    PropertyFields fields;
+    std::string_view key;
+    while (scanner.atKey()) {
+        if (!scanner.key(key))
+            return std::nullopt;
+        if (scanner.accept("<dict>")) {
+            if (!scanner.fields(fields))
+                return std::nullopt;
+            visitor.record(part, key, fields);
+            continue;
+        }
+        Kind kind{};
+        std::string_view ignored;
+        if (!scanner.value(kind, ignored))
+            return std::nullopt;
+        ++passedOver;
+    }
+    return passedOver;
+}
+
 Result<std::size_t> scanRecords(std::string_view text, const RecordVisitor& visitor)
 {
     Scanner scanner(text);
@@ -314,27 +287,97 @@ Result<std::size_t> scanRecords(std::string_view text, const RecordVisitor& visi
     if (!scanner.accept("<dict/>")) {
         if (!scanner.accept("<dict>"))
             return stopped();
-        PropertyFields fields;
-        while (!scanner.accept("</dict>")) {
-            std::string_view key;
-            if (!scanner.key(key))
-                return stopped();
-            if (scanner.accept("<dict>")) {
-                if (!scanner.fields(fields))
-                    return stopped();
-                visitor.record(key, fields);
-                continue;
-            }
-            Kind kind{};
-            std::string_view ignored;
-            if (!scanner.value(kind, ignored))
-                return stopped();
-            ++passedOver;
-        }
+        const auto scanned = scanEntries(scanner, visitor, 0);
+        if (!scanned || !scanner.accept("</dict>"))
+            return stopped();
+        passedOver = *scanned;
     }
     if (!scanner.accept("</plist>") || !scanner.atEnd())
         return stopped();
     return passedOver;
+}
+
+/// Reads the entries between two offsets of a file piece by piece. Every piece ends where a line
+/// begins with a key. Whether that is between two entries the next scan shows: a piece that is
+/// not made of whole entries makes the reading fail, and the file is read as a whole instead.
+std::optional<std::size_t> readPart(const RegularFile& file, std::size_t from, std::size_t to,
+                                    const RecordVisitor& visitor, std::size_t part)
+{
+    constexpr std::size_t pieceSize = std::size_t{1} << 18;
+    std::vector<char> buffer(std::min(pieceSize, to - from));
+    std::size_t passedOver = 0;
+    while (from < to) {
+        const std::size_t wanted = std::min(buffer.size(), to - from);
+        if (file.readAt(from, {buffer.data(), wanted}).value_or(0) != wanted)
+            return std::nullopt;
+        std::string_view piece(buffer.data(), wanted);
+        if (from + wanted < to) {
+            const auto end = piece.rfind(lineOfKey);
+            if (end == std::string_view::npos)
+                return std::nullopt; // a record as long as a piece
+            piece = piece.substr(0, end + 1);
+        }
+        Scanner scanner(piece);
+        const auto scanned = scanEntries(scanner, visitor, part);
+        if (!scanned || !scanner.atEnd())
+            return std::nullopt;
+        passedOver += *scanned;
+        from += piece.size();
+    }
+    return passedOver;
+}
+
+/// The first line that begins with a key at or after an offset; the end of the range where none is
+/// near.
+std::size_t nextKeyLine(const RegularFile& file, std::size_t at, std::size_t end)
+{
+    std::array<char, 8192> buffer{};
+    const auto size = file.readAt(at, {buffer.data(), std::min(buffer.size(), end - at)});
+    const auto found = std::string_view(buffer.data(), size.value_or(0)).find(lineOfKey);
+    return found == std::string_view::npos ? end : at + found + 1;
+}
+
+std::optional<std::size_t> readOwnForm(const std::filesystem::path& path,
+                                       const RecordVisitor& visitor)
+{
+    constexpr std::size_t leastPart = std::size_t{1} << 20; // below it a thread costs more
+    constexpr auto head = PropertyWriter::documentHead;
+    constexpr auto tail = PropertyWriter::documentTail;
+    const auto file = RegularFile::open(path);
+    if (!file || file->size() < head.size() + tail.size())
+        return std::nullopt;
+    const auto holds = [&](std::string_view text, std::size_t at) {
+        std::string found(text.size(), '\0');
+        return file->readAt(at, found) && found == text;
+    };
+    const std::size_t end = file->size() - tail.size();
+    if (!holds(head, 0) || !holds(tail, end))
+        return std::nullopt;
+
+    const std::size_t size = end - head.size();
+    const std::size_t parts = std::clamp<std::size_t>(size / leastPart, 1, visitor.parts);
+    std::vector<std::size_t> starts{head.size()};
+    for (std::size_t part = 1; part < parts; ++part)
+        starts.push_back(
+            nextKeyLine(*file, std::max(starts.back(), head.size() + size / parts * part), end));
+    starts.push_back(end);
+    std::vector<std::optional<std::size_t>> passedOver(parts);
+    const auto read = [&](std::size_t part) {
+        passedOver[part] = readPart(*file, starts[part], starts[part + 1], visitor, part);
+    };
+    std::vector<std::thread> helpers;
+    for (std::size_t part = 1; part < parts; ++part)
+        helpers.emplace_back(read, part);
+    read(0);
+    for (auto& helper : helpers)
+        helper.join();
+    std::size_t sum = 0;
+    for (const auto& one : passedOver) {
+        if (!one)
+            return std::nullopt;
+        sum += *one;
+    }
+    return sum;
 }
 
 /// What the library makes of the bytes, as plain XML text; empty when it cannot read them.
@@ -394,125 +437,6 @@ std::optional<int> digits(std::string_view text, std::size_t from, std::size_t c
     return value;
 }
 } // namespace
-
-char* PropertyWriter::room(std::size_t bytes)
-{
-    constexpr std::size_t least = 1024;
-    if (m_text.size() - m_used < bytes)
-        m_text.resize(std::max({m_text.size() * 2, m_used + bytes, least}));
-    return m_text.data() + m_used;
-}
-
-void PropertyWriter::append(std::string_view text)
-{
-    finish(put(room(text.size()), text));
-}
-
-std::string PropertyWriter::take()
-{
-    m_text.resize(std::exchange(m_used, 0));
-    return std::exchange(m_text, {});
-}
-
-void PropertyWriter::beginDocument()
-{
-    append(documentHead);
-}
-
-void PropertyWriter::endDocument()
-{
-    append(documentTail);
-}
-
-void PropertyWriter::beginDictionary()
-{
-    append("<dict>");
-}
-
-void PropertyWriter::endDictionary()
-{
-    append("</dict>");
-}
-
-void PropertyWriter::newLine()
-{
-    append("\n");
-}
-
-void PropertyWriter::key(std::string_view key)
-{
-    char* out = room(key.size() * longestEscape + longestTags);
-    out = put(out, "<key>");
-    out = putEscaped(out, key);
-    finish(put(out, "</key>"));
-}
-
-void PropertyWriter::boolean(std::string_view key, bool value)
-{
-    this->key(key);
-    append(value ? "<true/>" : "<false/>");
-}
-
-void PropertyWriter::text(std::string_view key, std::string_view value)
-{
-    char* out = room(key.size() + value.size() * longestEscape + longestTags);
-    out = put(out, "<key>");
-    out = put(out, key);
-    out = put(out, "</key><string>");
-    out = putEscaped(out, value);
-    finish(put(out, "</string>"));
-}
-
-void PropertyWriter::real(std::string_view key, float value)
-{
-    char* out = room(key.size() + longestNumber + longestTags);
-    out = put(out, "<key>");
-    out = put(out, key);
-    out = put(out, "</key><real>");
-    out = putReal(out, value);
-    finish(put(out, "</real>"));
-}
-
-void PropertyWriter::integer(std::string_view key, long long value)
-{
-    char* out = room(key.size() + longestNumber + longestTags);
-    out = put(out, "<key>");
-    out = put(out, key);
-    out = put(out, "</key><integer>");
-    out = putNumber(out, value);
-    finish(put(out, "</integer>"));
-}
-
-void PropertyWriter::date(std::string_view key, Date value)
-{
-    using namespace std::chrono;
-    const auto second = floor<seconds>(value);
-    const auto day = floor<days>(second);
-    if (day != m_day || m_dayText[0] == '\0') {
-        m_day = day;
-        const year_month_day ymd(day);
-        char* out = m_dayText.data();
-        out = putPadded(
-            out, static_cast<unsigned>(std::clamp(static_cast<int>(ymd.year()), 0, 9999)), 4);
-        *out++ = '-';
-        out = putPadded(out, static_cast<unsigned>(ymd.month()), 2);
-        *out++ = '-';
-        out = putPadded(out, static_cast<unsigned>(ymd.day()), 2);
-        *out = 'T';
-    }
-    const auto ofDay = static_cast<unsigned>((second - day).count());
-    char* out = room(key.size() + longestNumber + longestTags);
-    out = put(out, "<key>");
-    out = put(out, key);
-    out = put(out, "</key><date>");
-    out = put(out, {m_dayText.data(), m_dayText.size()});
-    out = putPadded(out, ofDay / 3600, 2);
-    *out++ = ':';
-    out = putPadded(out, ofDay / 60 % 60, 2);
-    *out++ = ':';
-    out = putPadded(out, ofDay % 60, 2);
-    finish(put(out, "Z</date>"));
-}
 
 const PropertyFields::Field* PropertyFields::find(std::string_view key) const
 {
@@ -613,6 +537,17 @@ Result<std::size_t> readRecords(std::string_view bytes, const RecordVisitor& vis
     if (text.empty())
         return failure(Error::Code::BadSyntax, "not a property list", plain.error().offset);
     return scanRecords(text, visitor);
+}
+
+Result<std::size_t> readRecordFile(const std::filesystem::path& file, const RecordVisitor& visitor)
+{
+    if (const auto own = readOwnForm(file, visitor))
+        return *own;
+    visitor.restart();
+    const auto bytes = readFile(file);
+    if (!bytes)
+        return tl::unexpected(bytes.error());
+    return readRecords(*bytes, visitor);
 }
 
 Result<PropertyFields> readDictionary(std::string_view text)

@@ -41,7 +41,7 @@ void keepBackup(const std::filesystem::path& file)
 }
 } // namespace
 
-Result<void> PendingSave::write() const
+Result<void> PendingSave::prepare() const
 {
     auto folder = file.parent_path();
     if (folder.empty())
@@ -53,6 +53,13 @@ Result<void> PendingSave::write() const
     if (!refusal.empty())
         return failure(Error::Code::CannotOpen, file.string() + ": " + refusal);
     keepBackup(file);
+    return {};
+}
+
+Result<void> PendingSave::write() const
+{
+    if (auto ready = prepare(); !ready)
+        return ready;
     return writeFileAtomically(file, bytes);
 }
 

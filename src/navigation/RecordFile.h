@@ -28,7 +28,9 @@ struct PendingSave {
     std::uint64_t revision = 0;
     std::string refusal; ///< why the file must not be replaced; empty where it may
 
-    /// Keeps the state before as a backup, then replaces the file in one step, down to the disk.
+    /// Whether the file may be replaced; if so the state before is kept as a backup.
+    [[nodiscard]] Result<void> prepare() const;
+    /// Prepares, then replaces the file in one step, down to the disk.
     [[nodiscard]] Result<void> write() const;
 };
 

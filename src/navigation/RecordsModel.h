@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/File.h"
+#include "base/AtomicFile.h"
 #include "navigation/EditHistory.h"
 #include "navigation/PropertyList.h"
 #include "navigation/RecordFile.h"
@@ -142,31 +142,39 @@ public:
     /// Writes the file at once and for good. On failure nothing changed.
     Result<void> save(const std::filesystem::path& file)
     {
-        const auto pending = beginSave(file);
-        if (auto written = pending.write(); !written)
-            return written;
-        return finishSave(pending);
+        const auto pending = pendingSave(file);
+        if (auto ready = pending.prepare(); !ready)
+            return ready;
+        auto out = AtomicFile::create(file);
+        if (!out)
+            return tl::unexpected(out.error());
+        // Piece by piece: the disk works on one while the next is made.
+        PropertyWriter writer;
+        Result<void> written;
+        const auto handOver = [&] {
+            if (written)
+                written = out->append(writer.written());
+            writer.clear();
+        };
+        write(writer, [&] {
+            if (writer.written().size() >= pieceSize)
+                handOver();
+        });
+        handOver();
+        if (written)
+            written = out->commit();
+        return written ? finishSave(pending) : written;
     }
     /// The same in three steps, so that the middle one, PendingSave::write(), need not hold up the
     /// main thread while the disk works.
     [[nodiscard]] PendingSave beginSave(const std::filesystem::path& file) const
     {
+        auto pending = pendingSave(file);
         PropertyWriter writer;
         writer.reserve(count() * bytesPerRecord);
-        writer.beginDocument();
-        for (const auto& record : m_records) {
-            if (!isSaved(*record))
-                continue;
-            buildKey(*record, writer);
-            buildDictionary(*record, writer);
-            writer.newLine();
-        }
-        writer.endDocument();
-        return {.file = file,
-                .bytes = writer.take(),
-                .journalPosition = m_history.journal().position(),
-                .revision = m_revision,
-                .refusal = m_file.empty() || file == m_file ? refusal() : std::string()};
+        write(writer, [] {});
+        pending.bytes = writer.take();
+        return pending;
     }
     Result<void> finishSave(const PendingSave& saved)
     {
@@ -220,6 +228,8 @@ protected:
     };
     using Changes = std::vector<Change>;
 
+    /// On how many threads getDictionary() may be called at once.
+    [[nodiscard]] virtual std::size_t readers() const { return 1; }
     /// A record from the file's or the journal's entries; nothing where it is to be left out.
     [[nodiscard]] virtual std::optional<Record> getDictionary(const PropertyFields& fields) = 0;
     /// Gives a record without a name, or with a taken one, a free name.
@@ -267,6 +277,7 @@ protected:
 
 private:
     static constexpr std::size_t bytesPerRecord = 640; // a track point's; others grow if they must
+    static constexpr std::size_t pieceSize = std::size_t{1} << 18;
     using Index = std::unordered_map<std::string, Pointer>;
 
     class ModelEdit final : public Edit {
@@ -304,6 +315,29 @@ private:
         writer.beginDictionary();
         record.write(writer);
         writer.endDictionary();
+    }
+
+    [[nodiscard]] PendingSave pendingSave(const std::filesystem::path& file) const
+    {
+        return {.file = file,
+                .bytes = {},
+                .journalPosition = m_history.journal().position(),
+                .revision = m_revision,
+                .refusal = m_file.empty() || file == m_file ? refusal() : std::string()};
+    }
+    /// The whole file; `afterEach` record the writer may be emptied.
+    void write(PropertyWriter& writer, const auto& afterEach) const
+    {
+        writer.beginDocument();
+        for (const auto& record : m_records) {
+            if (!isSaved(*record))
+                continue;
+            buildKey(*record, writer);
+            buildDictionary(*record, writer);
+            writer.newLine();
+            afterEach();
+        }
+        writer.endDocument();
     }
 
     /// @param removing the kind of change that takes objects out in this direction
@@ -400,28 +434,40 @@ private:
 
     void readFileInto(LoadReport& report)
     {
-        bool keysDiffer = false;
-        const auto bytes = readFile(m_file);
-        auto read = bytes ? readRecords(
-                        *bytes,
-                        {.restart = [&] { m_records.clear(); },
-                         .record =
-                             [&](std::string_view key, const PropertyFields& fields) {
-                                 auto record = getDictionary(fields);
-                                 if (!record) {
-                                     ++report.passedOver;
-                                     return;
-                                 }
-                                 keysDiffer = keysDiffer || record->name != key;
-                                 m_records.push_back(std::make_shared<Record>(std::move(*record)));
-                             }})
-                          : Result<std::size_t>(tl::unexpected(bytes.error()));
+        struct Part {
+            std::vector<Pointer> records;
+            std::size_t passedOver = 0;
+            bool keysDiffer = false;
+        };
+        std::vector<Part> parts(readers());
+        const auto take = [&](std::size_t number, std::string_view key,
+                              const PropertyFields& fields) {
+            Part& part = parts[number];
+            auto record = getDictionary(fields);
+            if (!record) {
+                ++part.passedOver;
+                return;
+            }
+            part.keysDiffer = part.keysDiffer || record->name != key;
+            part.records.push_back(std::make_shared<Record>(std::move(*record)));
+        };
+        auto read =
+            readRecordFile(m_file,
+                           {.parts = parts.size(),
+                            .restart = [&] { std::fill(parts.begin(), parts.end(), Part()); },
+                            .record = take});
         if (!read) {
-            m_records.clear();
             setAside(report, std::move(read.error()));
             return;
         }
         report.passedOver += *read;
+        bool keysDiffer = false;
+        for (auto& part : parts) {
+            m_records.insert(m_records.end(), std::make_move_iterator(part.records.begin()),
+                             std::make_move_iterator(part.records.end()));
+            report.passedOver += part.passedOver;
+            keysDiffer = keysDiffer || part.keysDiffer;
+        }
         if (keysDiffer)
             separateNames();
     }

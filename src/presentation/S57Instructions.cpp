@@ -65,10 +65,9 @@ void S57ObjectRender::drawSymbol(const Parameter& p, const Instruction& instruct
     // The box grown by its own size to each side, as generous as the space of a turned figure.
     const double scale = m_frame.pixelsPerPoint;
     const Rect& box = symbol->box;
-    const Rect grown =
-        Rect{p.anchor.x + box.left * scale, p.anchor.y - box.top * scale,
-             p.anchor.x + box.right * scale, p.anchor.y - box.bottom * scale}
-            .grownBy(box.width() * scale, box.height() * scale);
+    const Rect grown = Rect{p.anchor.x + box.left * scale, p.anchor.y - box.top * scale,
+                            p.anchor.x + box.right * scale, p.anchor.y - box.bottom * scale}
+                           .grownBy(box.width() * scale, box.height() * scale);
     const Rect space = p.portion.textBox.isEmpty() ? pictureBox(0) : p.portion.textBox;
     if (!grown.intersects(space) || symbol->paths.empty())
         return;
@@ -77,8 +76,8 @@ void S57ObjectRender::drawSymbol(const Parameter& p, const Instruction& instruct
     const float angle = instruction.usesOrientation
         ? turned(p.object.orient().value_or(0) - m_frame.view.rotate())
         : turned(instruction.angle);
-    if (p.isPoint())
-        p.texts.avoid(symbol->spaceAt(p.anchor, angle, scale));
+    p.texts.avoid(symbol->spaceAt(p.anchor, angle, scale),
+                  p.isPoint() ? S57TextModel::Cover::Solid : S57TextModel::Cover::Open);
     if (!p.textsOnly)
         p.marks.placeSymbol(*symbol, p.anchor, angle);
 }

@@ -426,8 +426,13 @@ void S57ObjectRender::drawObjectName(const Parameter& p) const
     if (!m_settings.showPlaceNames || !p.feature.hasName())
         return;
     const bool area = hasAreaName(p.feature.objectCode());
+    using Rank = S57TextModel::Rank;
+    const bool land = p.isArea() && p.feature.objectCode() == s57class::LNDARE;
     addText(p, std::string(p.object.name()),
-            area ? S57TextModel::Rank::Area : S57TextModel::Rank::Place, area || p.isArea(), area);
+            area       ? Rank::Area
+                : land ? Rank::Land
+                       : Rank::Place,
+            area || p.isArea(), area);
 }
 
 void S57ObjectRender::drawMarkName(const Parameter& p) const

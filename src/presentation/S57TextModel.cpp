@@ -13,6 +13,7 @@ namespace kelvox {
 
 namespace {
 constexpr double sameNameApart = 150; ///< display points
+constexpr double figuresApart = 3; ///< display points between two soundings side by side
 
 /// Boxes found through the squares of a grid.
 class BoxGrid {
@@ -93,47 +94,63 @@ Rect soundingBox(const S57TextModel::Sounding& sounding, double pixelsPerPoint)
 /// Finds a place for one label after the other.
 class Placement {
 public:
-    Placement(const std::vector<S57TextModel::Sounding>& soundings, const std::vector<Rect>& marks,
-              double pixelsPerPoint)
+    Placement(const std::vector<S57TextModel::Sounding>& soundings,
+              const std::vector<S57TextModel::Mark>& marks, double pixelsPerPoint)
         : m_soundings(soundings)
         , m_dropped(soundings.size(), false)
         , m_pixelsPerPoint(pixelsPerPoint)
     {
+        for (const auto& mark : marks)
+            if (!mark.box.isEmpty())
+                (mark.cover == S57TextModel::Cover::Solid ? m_marks : m_areaMarks).add(mark.box);
         // Of two figures that would cross the shoaler is shown.
         std::vector<std::uint32_t> order(soundings.size());
         std::iota(order.begin(), order.end(), 0U);
         std::ranges::stable_sort(order, {}, [&](std::uint32_t i) { return soundings[i].depth; });
         for (const std::uint32_t i : order) {
             const Rect box = soundingBox(soundings[i], pixelsPerPoint);
-            m_dropped[i] = m_figures.meets(box);
-            if (!m_dropped[i]) {
-                m_figures.add(box);
-                m_figureSounding.push_back(i);
-            }
+            m_dropped[i] = m_figures.meets(box.grownBy(figuresApart * pixelsPerPoint, 0));
+            if (m_dropped[i])
+                continue;
+            m_figures.add(box);
+            m_figureSounding.push_back(i);
+            // Beneath a symbol nobody reads it. It keeps its place all the same: no deeper figure
+            // shall stand there instead.
+            m_dropped[i] = !soundings[i].stays
+                && m_marks.meets(box.grownBy(-box.width() / 4, -box.height() / 4));
         }
-        for (const Rect& mark : marks)
-            if (!mark.isEmpty())
-                m_marks.add(mark);
     }
 
     /// The middle of the label; nothing when there is no room.
     std::optional<Point> place(const S57TextModel::Item& item, Size size)
     {
-        const double away = 7 * m_pixelsPerPoint; // clear of the mark itself
-        const double sideways = away + size.width / 2;
-        const double updown = away + size.height / 2;
-        const std::array<Point, 6> beside{{{sideways, 0},
-                                           {-sideways, 0},
-                                           {sideways, -updown},
-                                           {sideways, updown},
-                                           {0, updown},
-                                           {0, -updown}}};
-        constexpr std::array<Point, 1> over{{{0, 0}}};
+        const double clear = 7 * m_pixelsPerPoint; // of the mark itself
+        const double sideways = clear + size.width / 2;
+        const double updown = clear + size.height / 2;
+        const std::array<Candidate, 8> beside{{{{sideways, 0}},
+                                               {{-sideways, 0}},
+                                               {{sideways, -updown}},
+                                               {{sideways, updown}},
+                                               {{0, updown}},
+                                               {{0, -updown}},
+                                               {{-sideways, -updown}},
+                                               {{-sideways, updown}}}};
+        // Over its place; what tells of waters also a little above or below, off a symbol that
+        // stands in their midst. The name of an island stays on it.
+        const double near = 1.4 * size.height;
+        const double off = 2.1 * size.height;
+        const std::array<Candidate, 5> over{
+            {{{0, 0}}, {{0, -near}, 1}, {{0, near}, 1}, {{0, -off}, 3}, {{0, off}, 3}}};
+        std::span<const Candidate> candidates = beside;
+        if (item.centred)
+            candidates = std::span(over).first(item.rank == S57TextModel::Rank::Land ? 1 : 5);
         std::optional<Point> best;
-        int least = item.rank == S57TextModel::Rank::Detail ? 1 : impossible;
-        for (const Point offset : item.centred ? std::span<const Point>(over) : beside) {
-            const Point middle = item.anchor + offset;
-            if (const int cost = costOf(boxAround(middle, size), item.centred); cost < least) {
+        const bool isDetail = item.rank == S57TextModel::Rank::Detail;
+        int least = isDetail ? 1 : impossible;
+        for (const Candidate& candidate : candidates) {
+            const Point middle = item.anchor + candidate.offset;
+            const int away = isDetail ? 0 : candidate.cost;
+            if (const int cost = costOf(boxAround(middle, size)) + away; cost < least) {
                 least = cost;
                 best = middle;
             }
@@ -145,9 +162,16 @@ public:
     [[nodiscard]] bool isDropped(std::size_t sounding) const { return m_dropped[sounding]; }
 
 private:
+    /// A place for a label and how much worse it is than the best one.
+    struct Candidate {
+        Point offset; ///< pixels from the anchor to the label's middle
+        int cost = 0; ///< in soundings left out
+    };
     static constexpr int impossible = 1'000;
+    static constexpr int markCost = 2;
+    static constexpr int areaMarkCost = 4; ///< it stands in the midst of what is named
 
-    [[nodiscard]] int costOf(const Rect& box, bool centred) const
+    [[nodiscard]] int costOf(const Rect& box) const
     {
         if (m_labels.meets(box))
             return impossible;
@@ -158,13 +182,17 @@ private:
                 cost = m_soundings[sounding].stays ? impossible : cost + 1;
             return cost < impossible;
         });
-        // A name set over its own place lies on the symbol that marks it.
-        if (!centred && cost < impossible)
-            m_marks.forMet(box, [&](std::uint32_t) {
-                cost += 2;
-                return cost < impossible;
-            });
-        return cost;
+        if (cost == impossible)
+            return cost;
+        m_marks.forMet(box, [&](std::uint32_t) {
+            cost += markCost;
+            return true;
+        });
+        m_areaMarks.forMet(box, [&](std::uint32_t) {
+            cost += areaMarkCost;
+            return true;
+        });
+        return std::min(cost, impossible - 1);
     }
     void take(const Rect& box)
     {
@@ -182,6 +210,7 @@ private:
     BoxGrid m_figures;
     std::vector<std::uint32_t> m_figureSounding; ///< beside the boxes of the grid
     BoxGrid m_marks;
+    BoxGrid m_areaMarks;
 };
 } // namespace
 

@@ -16,7 +16,9 @@ namespace kelvox {
 /// work, so that nothing jumps while the chart is panned.
 class S57TextModel {
 public:
-    enum class Rank : std::uint8_t { Area, Mark, Place, Light, Detail };
+    /// The name of an island or a country, a mark, a light's character, waters, a place, the
+    /// seabed.
+    enum class Rank : std::uint8_t { Land, Mark, Light, Area, Place, Detail };
 
     struct Item {
         TextFigure figure;
@@ -36,8 +38,11 @@ public:
 
     void add(Item item) { m_items.push_back(std::move(item)); }
     void addSounding(Sounding sounding) { m_soundings.push_back(std::move(sounding)); }
-    /// A place, in pixels, that labels leave free when they can: a symbol is there.
-    void avoid(const Rect& box) { m_marks.push_back(box); }
+    /// Whether a sounding can still be read where a symbol stands on it.
+    enum class Cover : std::uint8_t { Open, Solid };
+    /// A place, in pixels, that labels leave free when they can: a symbol is there. Soundings in
+    /// the midst of a solid one are left out when there is a shoaler near by.
+    void avoid(const Rect& box, Cover cover = Cover::Open) { m_marks.push_back({box, cover}); }
     /// Takes the items of another collection.
     void append(S57TextModel&& other);
     [[nodiscard]] const std::vector<Item>& items() const { return m_items; }
@@ -46,10 +51,15 @@ public:
     /// Draws the soundings, then the labels that find room.
     void draw(const TextMeasure& measure, double pixelsPerPoint, Canvas& canvas);
 
+    struct Mark {
+        Rect box;
+        Cover cover = Cover::Open;
+    };
+
 private:
     std::vector<Item> m_items;
     std::vector<Sounding> m_soundings;
-    std::vector<Rect> m_marks;
+    std::vector<Mark> m_marks;
 };
 
 } // namespace kelvox

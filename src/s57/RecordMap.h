@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -64,19 +65,22 @@ private:
     };
     [[nodiscard]] std::size_t slotOf(std::uint64_t key) const
     {
-        // Fibonacci hashing: record numbers run on, their products spread.
-        return static_cast<std::size_t>((key * 0x9E3779B97F4A7C15U) >> 20U) & (m_slots.size() - 1);
+        // Fibonacci hashing: record numbers run on, and the upper bits of their products spread
+        // them evenly.
+        return static_cast<std::size_t>((key * 0x9E3779B97F4A7C15U) >> m_shift);
     }
     void grow()
     {
-        std::vector<Slot> old(m_slots.empty() ? 64 : m_slots.size() * 2);
+        std::vector<Slot> old(m_slots.empty() ? 256 : m_slots.size() * 2);
         old.swap(m_slots);
+        m_shift = 64 - std::countr_zero(m_slots.size());
         m_used = m_count = 0;
         for (const Slot& slot : old)
             if (slot.place != none)
                 set(slot.key, slot.place);
     }
     std::vector<Slot> m_slots; ///< a power of two of them
+    int m_shift = 0; ///< leaves as many bits of a product as number the slots
     std::size_t m_used = 0; ///< slots taken or erased
     std::size_t m_count = 0;
 };

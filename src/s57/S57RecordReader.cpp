@@ -103,8 +103,13 @@ constexpr std::size_t nameWidth = 5; ///< bytes of a NAME: record name and numbe
 
 std::string utf8FromLatin1(std::string_view latin)
 {
+    unsigned allBits = 0;
+    for (const char c : latin)
+        allBits |= static_cast<unsigned char>(c);
+    if (allBits < 0x80)
+        return std::string(latin); // nearly every value
     std::string text;
-    text.reserve(latin.size());
+    text.reserve(latin.size() + latin.size() / 2);
     for (const char c : latin) {
         const auto byte = static_cast<unsigned char>(c);
         if (byte < 0x80) {
@@ -145,11 +150,11 @@ S57RecordReader::FieldPlan S57RecordReader::planOf(const ISOFieldDefinition& def
             static_cast<SubfieldCode>(codeOf(subfieldLabels, subfield.label())));
         Step step{plan.subfields.back(), Form::Other, static_cast<std::uint8_t>(subfield.width())};
         if (subfield.format() == "b11")
-            step.form = Form::Unsigned1;
+            step.become(Form::Unsigned1, 0xFF);
         else if (subfield.format() == "b12")
-            step.form = Form::Unsigned2;
+            step.become(Form::Unsigned2, 0xFFFF);
         else if (subfield.format() == "b14")
-            step.form = Form::Unsigned4;
+            step.become(Form::Unsigned4, 0xFFFFFFFF);
         else if (subfield.dataType() == ISODataType::BinaryString && subfield.width() < 256)
             step.form = Form::Bytes;
         plan.steps.push_back(step);
@@ -238,11 +243,6 @@ void S57RecordReader::readRow(const ISOFieldDefinition& definition, const FieldP
                               std::span<const char>& left)
 {
     ++m_rowNumber; // makes the values of earlier rows count no more
-    const auto unsignedOf = [&](std::size_t width) {
-        std::uint32_t number = 0;
-        std::memcpy(&number, left.data(), width); // little-endian like the machines we build for
-        return number;
-    };
     for (std::size_t i = 0; i < plan.steps.size(); ++i) {
         const Step& step = plan.steps[i];
         Value& target = m_row[static_cast<std::size_t>(step.code)];
@@ -251,19 +251,13 @@ void S57RecordReader::readRow(const ISOFieldDefinition& definition, const FieldP
             readOther(definition.subfields()[i], left, target);
             continue;
         }
-        switch (step.form) {
-        case Form::Unsigned1:
-            target.whole = unsignedOf(1);
-            break;
-        case Form::Unsigned2:
-            target.whole = unsignedOf(2);
-            break;
-        case Form::Unsigned4:
-            target.whole = unsignedOf(4);
-            break;
-        default:
+        if (step.form == Form::Bytes) {
             target.text = {left.data(), step.width};
-            break;
+        } else if (left.size() >= sizeof(std::uint32_t)) {
+            // One load and a mask serve all widths: which comes next is not to be foreseen.
+            target.whole = static_cast<std::uint32_t>(littleEndian32(left.data())) & step.mask;
+        } else {
+            std::memcpy(&target.whole, left.data(), step.width);
         }
         left = left.subspan(step.width);
     }

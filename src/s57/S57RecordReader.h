@@ -35,6 +35,13 @@ private:
         SubfieldCode code{};
         Form form = Form::Other;
         std::uint8_t width = 0; ///< bytes; of Other none
+        std::uint32_t mask = 0; ///< of the bytes that an unsigned number has
+
+        void become(Form newForm, std::uint32_t newMask)
+        {
+            form = newForm;
+            mask = newMask;
+        }
     };
     struct FieldPlan {
         FieldCode field{};

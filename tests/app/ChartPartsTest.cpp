@@ -197,10 +197,13 @@ TEST(Application, TellsEventsThatHoldUpTheWindowButNotDialogs)
 {
     auto& application = static_cast<Application&>(*QApplication::instance());
     std::vector<QByteArray> stalls;
-    application.setStallHandler([&](std::chrono::milliseconds duration, const QByteArray& name) {
-        EXPECT_GT(duration, Application::longestStall);
-        stalls.push_back(name);
-    });
+    using std::chrono::milliseconds;
+    application.setStallHandler(
+        [&](milliseconds duration, milliseconds working, const QByteArray& name) {
+            EXPECT_GT(duration, Application::longestStall);
+            EXPECT_LE(working, duration + milliseconds(1));
+            stalls.push_back(name);
+        });
     const auto work = [] {
         const auto end = std::chrono::steady_clock::now() + 2 * Application::longestStall;
         while (std::chrono::steady_clock::now() < end) { }

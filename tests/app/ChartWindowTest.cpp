@@ -16,8 +16,10 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QNativeGestureEvent>
 #include <QScrollArea>
 #include <QSignalSpy>
+#include <QTest>
 
 namespace kelvox {
 namespace {
@@ -43,6 +45,39 @@ TEST_F(ChartWindow, MeasuringAddsTheLegsAndGoesAwayWithEsc)
     EXPECT_FALSE(measure.isActive());
     EXPECT_FALSE(window.commands().action("chart.measure")->isChecked());
     EXPECT_EQ(program.waypoints().count(), 0U);
+}
+
+TEST_F(ChartWindow, TwoFingersZoomAndCarryTheChartUnderThem)
+{
+    const std::unique_ptr<QPointingDevice> screen(QTest::createTouchDevice());
+    const auto fingers = [&](QPoint a, QPoint b) {
+        QTest::touchEvent(&chart(), screen.get()).move(0, a, &chart()).move(1, b, &chart());
+        QApplication::processEvents();
+    };
+    const Position held = at({500, 300});
+    const double scale = chart().scale();
+    QTest::touchEvent(&chart(), screen.get())
+        .press(0, QPoint(450, 300), &chart())
+        .press(1, QPoint(550, 300), &chart());
+    for (int step = 1; step <= 100; ++step) // slowly: no step is lost to whole scales
+        fingers({450 - step, 300}, {550 + step, 300});
+    EXPECT_NEAR(scale / chart().scale(), 3, 0.1);
+    EXPECT_NEAR(at({500, 300}).longitude, held.longitude, onePixel);
+    EXPECT_NEAR(at({500, 300}).latitude, held.latitude, onePixel);
+    for (int step = 1; step <= 10; ++step)
+        fingers({350, 300 + 5 * step}, {650, 300 + 5 * step});
+    EXPECT_NEAR(at({500, 350}).latitude, held.latitude, onePixel);
+    EXPECT_NEAR(scale / chart().scale(), 3, 0.1);
+    QTest::touchEvent(&chart(), screen.get())
+        .release(0, QPoint(350, 350), &chart())
+        .release(1, QPoint(650, 350), &chart());
+    EXPECT_EQ(program.waypoints().count(), 0U);
+
+    const double before = chart().scale();
+    QNativeGestureEvent pad(Qt::ZoomNativeGesture, QPointingDevice::primaryPointingDevice(), 2,
+                            QPointF(500, 350), QPointF(500, 350), QPointF(500, 350), 0.25, {});
+    QApplication::sendEvent(&chart(), &pad);
+    EXPECT_NEAR(before / chart().scale(), 1.25, 0.01);
 }
 
 TEST_F(ChartWindow, TheSearchFindsPositionsWaypointsAndCommands)

@@ -139,6 +139,53 @@ TEST(Persistence, ReadsOtherWritersAndDropsWhatTheChartCannotHold)
     EXPECT_EQ(Scene::through(*scene.routes.route(0)), "A A"); // the missing number 3 ends it
 }
 
+TEST(Persistence, ReadsLargeFilesInPiecesAndFindsTheSame)
+{
+    const TemporaryFolder folder;
+    const auto file = folder.path() / "waypoints.plist";
+    std::string before;
+    std::string own;
+    {
+        Scene scene(folder.path());
+        auto group = std::make_optional<EditHistory::Group>(scene.history);
+        for (int i = 0; i < 9000; ++i) {
+            Waypoint waypoint;
+            waypoint.name = std::to_string(i);
+            // Lines and tags in a text must not pass for the beginning of a record.
+            waypoint.description = std::string(static_cast<std::size_t>(i % 1000), 'x')
+                + "\n<key>no key</key><dict></dict>\n<key>";
+            waypoint.setPositionOnGPS({i / 100.0, 50});
+            scene.waypoints.add(std::move(waypoint));
+        }
+        group.reset();
+        ASSERT_TRUE(scene.waypoints.save(file));
+        before = scene.dump();
+        own = contents(file);
+        ASSERT_GT(own.size(), 4U << 20);
+    }
+    EXPECT_EQ(Scene(folder.path()).dump(), before);
+
+    // The same entries broken into lines by another program: lines begin with keys inside records.
+    std::string broken;
+    for (std::string_view rest = own; !rest.empty();) {
+        const auto next = std::min(rest.find("><key>"), rest.size() - 1) + 1;
+        broken.append(rest.substr(0, next)) += '\n';
+        rest.remove_prefix(next);
+    }
+    fill(file, broken);
+    EXPECT_EQ(Scene(folder.path()).dump(), before);
+
+    // Cut short or damaged in the middle it is not half read.
+    for (const auto& bytes : {own.substr(0, own.size() / 2),
+                              own.substr(0, own.size() / 2) + '<' + own.substr(own.size() / 2)}) {
+        fill(file, bytes);
+        const Scene scene(folder.path());
+        ASSERT_TRUE(scene.waypointReport.error);
+        EXPECT_EQ(scene.waypoints.count(), 0U);
+        EXPECT_EQ(contents(scene.waypointReport.keptAs), bytes);
+    }
+}
+
 TEST(Persistence, KeepsUnreadableFilesUnderAnotherName)
 {
     const TemporaryFolder folder;
@@ -205,6 +252,20 @@ TEST(Persistence, ShowsEveryEditAfterAKillWithoutSaving)
     EXPECT_EQ(again.dump(), before);
     EXPECT_GT(again.waypointReport.recovered, 0U);
     EXPECT_TRUE(again.waypoints.isChanged());
+}
+
+TEST(Journal, ARecordedPointDoesNotWaitForTheEndOfALongStep)
+{
+    const TemporaryFolder folder;
+    Scene scene(folder.path());
+    const EditHistory::Group import(scene.history);
+    scene.waypoint("imported");
+    scene.tracks.add(trackPoint(9), 1s);
+
+    Scene afterAKill;
+    (void)afterAKill.history.openJournal(folder.path() / "edits.journal");
+    afterAKill.tracks.load(folder.path() / "tracks.plist");
+    EXPECT_EQ(afterAKill.tracks.count(), 1U);
 }
 
 TEST(Journal, ShowsAWholeNumberOfEditsWhereverItEnds)

@@ -1,7 +1,7 @@
 // The demo charts as they look, compared with pictures in the folder golden.
 //
-// A comparison that fails leaves golden-NAME.png in the folder the test ran in: what was expected,
-// what came out, where they differ. When a change is meant, run the test with
+// A comparison that fails leaves golden-NAME.png beside the test program: what was expected, what
+// came out, where they differ. When a change is meant, run the test with
 // KELVOX_RENEW_GOLDEN=1, look at every picture that git then shows as changed, and commit those
 // that are right.
 
@@ -12,6 +12,7 @@
 #include "support/GraphicsTest.h"
 #include "support/TemporaryFolder.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QPainter>
 
@@ -67,7 +68,8 @@ void leaveDifference(const QString& name, const QImage& expected, const QImage& 
     painter.drawImage(width, 0, got);
     painter.drawImage(2 * width, 0, marks);
     painter.end();
-    sheet.save(QStringLiteral("golden-") + name);
+    const QDir beside(QCoreApplication::applicationDirPath());
+    sheet.save(beside.filePath(QStringLiteral("golden-") + name));
 }
 } // namespace
 

@@ -314,7 +314,8 @@ TEST(S57TextModel, NoTextOverprintsASounding)
         model.add(item);
         TextFigure figure;
         figure.text = "12";
-        model.addSounding({figure, {104, 100}, 12, stays});
+        for (const double y : {78, 100, 122}) // wherever the text may stand
+            model.addSounding({figure, {104, y}, 12, stays});
         figure.text = "8";
         model.addSounding({figure, {300, 100}, otherDepth, stays});
         figure.text = "9";
@@ -325,11 +326,44 @@ TEST(S57TextModel, NoTextOverprintsASounding)
     };
     using Steps = std::vector<std::string>;
     using Rank = S57TextModel::Rank;
-    EXPECT_EQ(draw(Rank::Detail, false, 8), (Steps{"text 12", "text 8"}));
-    EXPECT_EQ(draw(Rank::Place, true, 8), (Steps{"text 12", "text 8"}));
-    EXPECT_EQ(draw(Rank::Place, false, 8), (Steps{"text 8", "text mud"}));
-    EXPECT_EQ(draw(Rank::Place, false, 20), (Steps{"text 9", "text mud"}))
+    EXPECT_EQ(draw(Rank::Detail, false, 8), (Steps{"text 12", "text 12", "text 12", "text 8"}));
+    EXPECT_EQ(draw(Rank::Place, true, 8), (Steps{"text 12", "text 12", "text 12", "text 8"}));
+    EXPECT_EQ(draw(Rank::Place, false, 8), (Steps{"text 12", "text 12", "text 8", "text mud"}));
+    EXPECT_EQ(draw(Rank::Place, false, 20), (Steps{"text 12", "text 12", "text 9", "text mud"}))
         << "of two soundings that would cross the shoaler is shown";
+}
+
+TEST(S57TextModel, NamesAndSoundingsKeepClearOfSymbols)
+{
+    struct Measure : TextMeasure {
+        [[nodiscard]] Size size(const TextFigure& figure) const override
+        {
+            return {static_cast<double>(figure.text.size()) * 6, 12};
+        }
+    } measure;
+    const auto draw = [&](bool stays, S57TextModel::Cover cover) {
+        S57TextModel model;
+        S57TextModel::Item item;
+        item.figure.text = "Roads";
+        item.anchor = {100, 100};
+        item.centred = true;
+        model.add(item);
+        model.avoid({90, 92, 110, 108}); // the anchor of the anchorage that bears the name
+        TextFigure figure;
+        figure.text = "12";
+        model.addSounding({figure, {300, 100}, 12, stays});
+        model.avoid({292, 92, 308, 108}, cover);
+        TextCanvas canvas;
+        model.draw(measure, 1, canvas);
+        return canvas;
+    };
+    const TextCanvas open = draw(false, S57TextModel::Cover::Open);
+    ASSERT_EQ(open.steps, (std::vector<std::string>{"text 12", "text Roads"}));
+    EXPECT_GE(std::abs(open.places[1].y - 100), 14) << "the name lies on the symbol";
+    EXPECT_EQ(open.places[1].x, 100);
+    EXPECT_EQ(draw(false, S57TextModel::Cover::Solid).steps.size(), 1U);
+    EXPECT_EQ(draw(true, S57TextModel::Cover::Solid).steps.size(), 2U)
+        << "the shoalest of its waters is shown whatever stands there";
 }
 
 TEST_F(Portrayed, EverySettingChangesTheDrawing)

@@ -5,7 +5,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QSet>
-#include <QSignalSpy>
+#include <QTimer>
 
 namespace kelvox {
 
@@ -20,20 +20,25 @@ Scenario::~Scenario()
     m_program.reset();
 }
 
-void Scenario::start(const std::vector<std::filesystem::path>& charts)
+void Scenario::startIn(const std::filesystem::path& home)
 {
     m_window.reset();
     m_program.reset();
     m_program =
-        std::make_unique<Program>(Program::Places{.configuration = folder() / "config",
-                                                  .data = folder() / "data",
-                                                  .cache = folder() / "cache",
-                                                  .state = folder() / "state",
+        std::make_unique<Program>(Program::Places{.configuration = home / "config",
+                                                  .data = home / "data",
+                                                  .cache = home / "cache",
+                                                  .state = home / "state",
                                                   .resources = folders::applicationResources()});
     m_window = std::make_unique<MainWindow>(*m_program);
     m_window->show();
     m_window->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(m_window.get()));
+}
+
+void Scenario::start(const std::vector<std::filesystem::path>& charts)
+{
+    startEmpty();
     if (charts.empty())
         m_window->openDemo();
     else
@@ -130,13 +135,39 @@ void Scenario::waitForPicture()
 
 QImage Scenario::shot(const QString& name)
 {
-    const QImage picture = window().grab().toImage();
+    return shot(name, window());
+}
+
+QImage Scenario::shot(const QString& name, QWidget& of)
+{
+    QApplication::processEvents(); // what is to be laid out is laid out
+    const QImage picture = of.grab().toImage();
     const QString folder = qEnvironmentVariable("KELVOX_SCREENSHOTS");
     if (!folder.isEmpty()) {
         QDir().mkpath(folder);
         EXPECT_TRUE(picture.save(folder + QLatin1Char('/') + name + QStringLiteral(".png")));
     }
     return picture;
+}
+
+void Scenario::inDialog(const std::function<void()>& open,
+                        const std::function<void(QWidget&)>& then)
+{
+    bool came = false;
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, &look, [&] {
+        QWidget* popup = QApplication::activePopupWidget();
+        QWidget* const top = popup ? popup : QApplication::activeModalWidget();
+        if (!top || !top->isVisible())
+            return;
+        look.stop();
+        came = true;
+        then(*top);
+        top->close();
+    });
+    look.start(std::chrono::milliseconds(20));
+    open();
+    EXPECT_TRUE(came) << "nothing was opened";
 }
 
 double Scenario::brighterThan(const QImage& picture, int grey)

@@ -24,9 +24,9 @@ protected:
 
     /// Starts the program, or starts it again with what it kept. By default on the demo charts.
     void start(const std::vector<std::filesystem::path>& charts = {});
+    void startEmpty() { startIn(folder()); } ///< without any charts
+    void startIn(const std::filesystem::path& home); ///< the same with what lies elsewhere
     void quit(); ///< as the user does
-    /// Stops it as a kill would: nothing is saved, no window is asked.
-    void kill();
 
     [[nodiscard]] Program& program() { return *m_program; }
     [[nodiscard]] MainWindow& window() { return *m_window; }
@@ -58,6 +58,19 @@ protected:
 
     /// Takes the window's picture and keeps it under the name.
     QImage shot(const QString& name);
+    /// The same of a dialog or menu.
+    QImage shot(const QString& name, QWidget& of);
+    /// The dialog of a kind that is open; a failure when there is none.
+    template <class Window> [[nodiscard]] Window* openDialog()
+    {
+        for (QWidget* top : QApplication::topLevelWidgets())
+            if (auto* found = qobject_cast<Window*>(top); found && found->isVisible())
+                return found;
+        ADD_FAILURE() << "no such dialog";
+        return nullptr;
+    }
+    /// Does what opens a dialog or menu that runs an event loop of its own, and `then` in there.
+    void inDialog(const std::function<void()>& open, const std::function<void(QWidget&)>& then);
     /// The share of pixels that are brighter than a grey value.
     [[nodiscard]] static double brighterThan(const QImage& picture, int grey);
     [[nodiscard]] static int colorCount(const QImage& picture);

@@ -200,6 +200,7 @@ void RouteTool::showCard()
         button->setFocusPolicy(Qt::TabFocus);
         buttons->addWidget(button);
     }
+    m_doneButton->setObjectName(QStringLiteral("routeDone"));
     connect(m_backButton, &QPushButton::clicked, this, &RouteTool::takeBack);
     connect(m_doneButton, &QPushButton::clicked, this, &RouteTool::finish);
     // The card's cross abandons; a card of another's may also take the place.

@@ -1,6 +1,7 @@
 #include "app/panels/AisPanel.h"
 
 #include "app/AisTargetDetails.h"
+#include "app/ClearAction.h"
 #include "app/Program.h"
 #include "app/SettingControls.h"
 #include "app/Text.h"
@@ -34,7 +35,7 @@ AisPanel::AisPanel(ChartHost& host)
     m_search->setObjectName(QStringLiteral("aisSearch"));
     m_search->setPlaceholderText(text("NSSearchTargets"));
     m_search->setAccessibleName(text("NSSearchTargets"));
-    m_search->setClearButtonEnabled(true);
+    addClearAction(*m_search);
     makeTouchable(program, m_search);
     rows->addWidget(m_search);
 

@@ -261,11 +261,11 @@ void GpsPanel::refresh()
     setText(m_position,
             QString::fromStdString(gps.latitude()) + QLatin1Char('\n')
                 + QString::fromStdString(gps.longitude()));
-    const QString style = QStringLiteral("font-size: %1px; font-weight: 600; color: %2;")
-                              .arg(theme.px(26))
-                              .arg((stale ? theme.colors().dim : theme.colors().text).name());
-    if (m_position->styleSheet() != style)
-        m_position->setStyleSheet(style);
+    QFont large = font();
+    large.setPixelSize(theme.px(26));
+    large.setWeight(QFont::DemiBold);
+    m_position->setFont(large);
+    m_position->setForegroundRole(stale ? QPalette::PlaceholderText : QPalette::WindowText);
 
     const SatelliteView& view = gps.satelliteView();
     QStringList quality;

@@ -1,5 +1,6 @@
 #include "app/panels/RoutesPanel.h"
 
+#include "app/ClearAction.h"
 #include "app/Text.h"
 #include "app/Theme.h"
 #include "app/nav/NavRecords.h"
@@ -56,7 +57,9 @@ RoutesPanel::RoutesPanel(NavActions& actions)
 {
     m_search->setPlaceholderText(text("NSSearchRoutes"));
     m_search->setAccessibleName(text("NSSearchRoutes"));
-    m_search->setClearButtonEnabled(true);
+    addClearAction(*m_search);
+    m_new->setObjectName(QStringLiteral("newRoute"));
+    m_follow->setObjectName(QStringLiteral("followRoute"));
     m_list->setModel(m_routes);
     m_list->setAccessibleName(text("NSRoutes"));
     m_list->setEmptyText(text("NSNoRoutes"));

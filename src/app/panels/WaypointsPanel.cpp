@@ -1,6 +1,7 @@
 #include "app/panels/WaypointsPanel.h"
 
 #include "app/ChartView.h"
+#include "app/ClearAction.h"
 #include "app/Text.h"
 #include "app/Theme.h"
 #include "app/panels/ListView.h"
@@ -46,7 +47,7 @@ WaypointsPanel::WaypointsPanel(NavActions& actions)
 {
     m_search->setPlaceholderText(text("NSSearchWaypoints"));
     m_search->setAccessibleName(text("NSSearchWaypoints"));
-    m_search->setClearButtonEnabled(true);
+    addClearAction(*m_search);
     m_group->setAccessibleName(text("NSGroup"));
     m_groupButton->setText(QStringLiteral("⋯"));
     m_groupButton->setToolTip(text("NSGroupMenu"));

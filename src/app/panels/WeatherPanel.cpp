@@ -4,6 +4,7 @@
 #include "app/GribRequestDialog.h"
 #include "app/Program.h"
 #include "app/SettingRow.h"
+#include "app/Style.h"
 #include "app/Text.h"
 #include "exchange/KMLExport.h"
 #include "weather/GribKml.h"
@@ -149,6 +150,7 @@ void WeatherPanel::buildTime()
     };
     m_previous = addButton("NSPreviousForecast", [this] { stepBy(false); });
     m_play = addButton("NSPlay", [this] { setPlaying(!m_playTimer.isActive()); });
+    m_play->setObjectName(QStringLiteral("weatherPlay"));
     m_next = addButton("NSNextForecast", [this] { stepBy(true); });
     m_slider = new QSlider(Qt::Horizontal, m_timeBox);
     m_slider->setAccessibleName(text("NSForecastTime"));
@@ -342,7 +344,7 @@ void WeatherPanel::updateValues()
              m_host.program().weather().valuesAt(*position, textCatalog().strings()))
             lines << QString::fromStdString(line);
     m_values->setText(lines.isEmpty() ? text("NSWeatherPoint") : lines.join(QLatin1Char('\n')));
-    m_values->setProperty("role", lines.isEmpty() ? QStringLiteral("dim") : QString());
+    setTextRole(*m_values, lines.isEmpty() ? TextRole::Dim : TextRole::Plain);
 }
 
 void WeatherPanel::stepBy(bool forward)
