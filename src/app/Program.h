@@ -3,6 +3,7 @@
 #include "app/AlarmCenter.h"
 #include "app/ChartSet.h"
 #include "app/CompanionBus.h"
+#include "app/DeviceSession.h"
 #include "app/LiveData.h"
 #include "app/MainExecutor.h"
 #include "app/SleepWatch.h"
@@ -55,6 +56,7 @@ public:
     [[nodiscard]] WorkerPool& pool() { return m_pool; }
     [[nodiscard]] AlarmCenter& alarms() { return m_alarms; }
     [[nodiscard]] LiveData& live() { return m_live; }
+    [[nodiscard]] DeviceSession& devices() { return m_devices; }
     [[nodiscard]] WaypointsModel& waypoints() { return m_waypoints; }
     [[nodiscard]] RoutesModel& routes() { return m_routes; }
     [[nodiscard]] TracksModel& tracks() { return m_tracks; }
@@ -110,6 +112,7 @@ private:
     CompanionBus m_companions;
     SleepWatch m_sleepWatch;
     LiveData m_live;
+    DeviceSession m_devices;
     EditHistory& m_history;
     WaypointsModel& m_waypoints;
     RoutesModel& m_routes;
