@@ -73,6 +73,8 @@ public:
     void addWaypointToMenu(QMenu& menu, const WaypointPointer& waypoint);
 
     void importFiles();
+    void importRoutes(); ///< as above; the lines of KML and the tables of CSV become routes
+    void importTracks(); ///< or tracks
     void exportRecords();
     void printRoute(const RoutePointer& route);
     void printChart();
