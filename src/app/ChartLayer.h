@@ -19,6 +19,7 @@ namespace kelvox {
 struct LayerLook {
     const Portrayal& portrayal; ///< the chart's colours
     double scale = 1; ///< of the interface
+    enum class Medium { Screen, Paper } medium = Medium::Screen; ///< paper waits until all is drawn
     /// Of a token of the presentation library; magenta where it has none.
     [[nodiscard]] QColor color(const char* token) const;
 };

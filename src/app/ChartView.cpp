@@ -264,20 +264,18 @@ void ChartView::paintEvent(QPaintEvent* /*event*/)
         paintPicture(painter, now);
     painter.resetTransform(); // one unit is one widget pixel again
     painter.setRenderHint(QPainter::Antialiasing);
-    paintLayers(painter, now, *m_scene->portrayal, m_interfaceScale);
+    paintLayers(painter, now, {*m_scene->portrayal, m_interfaceScale});
+    if (m_light < 1)
+        painter.fillRect(rect(), QColor::fromRgbF(0, 0, 0, static_cast<float>(1 - m_light)));
 }
 
-void ChartView::paintLayers(QPainter& painter, const ViewFrame& frame, const Portrayal& portrayal,
-                            double scale) const
+void ChartView::paintLayers(QPainter& painter, const ViewFrame& frame, const LayerLook& look) const
 {
-    const LayerLook look{portrayal, scale};
     for (ChartLayer* layer : m_layers) {
         painter.save();
         layer->paint(painter, frame, look);
         painter.restore();
     }
-    if (m_light < 1)
-        painter.fillRect(rect(), QColor::fromRgbF(0, 0, 0, static_cast<float>(1 - m_light)));
 }
 
 void ChartView::paintPicture(QPainter& painter, const ViewFrame& now) const

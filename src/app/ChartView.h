@@ -29,8 +29,7 @@ public:
         update();
     }
     /// Paints the layers for another frame, e.g. on paper. The painter is in its display points.
-    void paintLayers(QPainter& painter, const ViewFrame& frame, const Portrayal& portrayal,
-                     double scale) const;
+    void paintLayers(QPainter& painter, const ViewFrame& frame, const LayerLook& look) const;
     void setInterfaceScale(double scale) { m_interfaceScale = scale; }
     /// Takes light out of all that is shown. @param light from 0 to 1
     void setDimming(double light)

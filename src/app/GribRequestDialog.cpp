@@ -100,6 +100,11 @@ GribRequestDialog::GribRequestDialog(ChartHost& host, QWidget* parent)
     refresh();
 }
 
+GribRequestDialog::~GribRequestDialog()
+{
+    m_sending.request_stop();
+}
+
 std::optional<Mail> GribRequestDialog::compose() const
 {
     const ChartView& chart = m_host.chart();
@@ -149,20 +154,21 @@ void GribRequestDialog::sendDirectly()
     m_send->setEnabled(false);
     m_message->setText(text("NSSendingMail", {QString::fromStdString(account.server)}));
     const QPointer<GribRequestDialog> dialog = this;
-    program.pool().post([account, mail = *mail, dialog, &main = program.executor()] {
-        auto sent = std::make_shared<Result<void>>(SmtpSender(account).send(mail));
-        main.post([dialog, sent] {
-            if (!dialog)
-                return;
-            if (*sent) {
-                dialog->m_host.showNote(text("NSMailSent"));
-                dialog->accept();
-                return;
-            }
-            dialog->m_send->setEnabled(true);
-            dialog->m_message->setText(QString::fromStdString(sent->error().message));
+    program.pool().post(
+        [account, mail = *mail, dialog, stop = m_sending.get_token(), &main = program.executor()] {
+            auto sent = std::make_shared<Result<void>>(SmtpSender(account, stop).send(mail));
+            main.post([dialog, sent] {
+                if (!dialog)
+                    return;
+                if (*sent) {
+                    dialog->m_host.showNote(text("NSMailSent"));
+                    dialog->accept();
+                    return;
+                }
+                dialog->m_send->setEnabled(true);
+                dialog->m_message->setText(QString::fromStdString(sent->error().message));
+            });
         });
-    });
 }
 
 } // namespace kelvox

@@ -6,6 +6,7 @@
 #include <QDialog>
 
 #include <optional>
+#include <stop_token>
 
 class QComboBox;
 class QLabel;
@@ -20,6 +21,7 @@ class GribRequestDialog final : public QDialog {
     Q_OBJECT
 public:
     GribRequestDialog(ChartHost& host, QWidget* parent);
+    ~GribRequestDialog() override;
 
 private:
     [[nodiscard]] std::optional<Mail> compose() const;
@@ -34,6 +36,7 @@ private:
     QLabel* m_message;
     QPushButton* m_open;
     QPushButton* m_send;
+    std::stop_source m_sending; ///< closing the dialog gives the mail up
 };
 
 } // namespace kelvox

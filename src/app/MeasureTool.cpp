@@ -3,6 +3,7 @@
 #include "app/ChartView.h"
 #include "app/GlassText.h"
 #include "app/Text.h"
+#include "app/nav/SheetLine.h"
 #include "navigation/NavMath.h"
 #include "navigation/ValueFormatters.h"
 
@@ -81,6 +82,7 @@ void MeasureTool::paint(QPainter& painter, const ViewFrame& frame, const LayerLo
     std::vector<Position> points = m_points;
     if (m_pointer && !points.empty())
         points.push_back(*m_pointer);
+    const SheetToPoints toPoints(frame);
     const QColor ink = look.color("CHMGD");
     const GlassText letters{look.color("CHBLK"), look.color("DEPDW"), 13 * look.scale, true};
     double total = 0;
@@ -92,22 +94,25 @@ void MeasureTool::paint(QPainter& painter, const ViewFrame& frame, const LayerLo
         // Long legs are drawn as the great circles that they are measured along.
         constexpr double straight = 60; // nautical miles
         const int pieces = miles > straight ? 48 : 1;
-        QPolygonF line;
+        SheetLine line;
         for (int piece = 0; piece <= pieces; ++piece) {
             const float share = static_cast<float>(piece) / static_cast<float>(pieces);
             const Position place = piece == 0 ? from
                 : piece == pieces             ? to
                                               : NavMath::intermediatePosition(from, to, share);
-            line << pointOf(place, frame);
+            line.add(place);
         }
-        painter.setPen(QPen(letters.halo, 4 * look.scale, Qt::SolidLine, Qt::RoundCap));
-        painter.drawPolyline(line);
-        painter.setPen(QPen(ink, 2 * look.scale, Qt::SolidLine, Qt::RoundCap));
-        painter.drawPolyline(line);
-        const QPointF a = line.front();
-        const QPointF b = line.back();
+        // Only what is seen: a pen pays for every pixel, also for those an ocean away.
+        line.project(toPoints, 8 * look.scale, [&](const QPolygonF& part) {
+            painter.setPen(QPen(letters.halo, 4 * look.scale, Qt::SolidLine, Qt::RoundCap));
+            painter.drawPolyline(part);
+            painter.setPen(QPen(ink, 2 * look.scale, Qt::SolidLine, Qt::RoundCap));
+            painter.drawPolyline(part);
+        });
+        const QPointF a = pointOf(from, frame);
+        const QPointF b = pointOf(to, frame);
         constexpr double visible = 10; // pixels: below it the figures would hide the point
-        if (QLineF(line.front(), line.back()).length() < visible * look.scale)
+        if (QLineF(a, b).length() < visible * look.scale)
             continue;
         const QString words = distanceText(miles) + QStringLiteral("  ")
             + bearingText(NavMath::bearingFromPoint(from, to));

@@ -4,6 +4,8 @@
 #include "app/Program.h"
 #include "painting/GribPainter.h"
 
+#include <QPointer>
+
 namespace kelvox {
 
 namespace {
@@ -36,28 +38,54 @@ bool WeatherLayer::fits(const ViewFrame& frame) const
         && m_frame.view.rotate() == frame.view.rotate();
 }
 
+void WeatherLayer::begin(const ViewFrame& frame, DisplayColor paper)
+{
+    m_isStale = false;
+    m_isDrawing = true;
+    Program& program = m_host.program();
+    program.pool().post([layer = QPointer(this), frame, paper, &main = program.executor(),
+                         shown = std::make_shared<const GribSnapshot>(program.weather())] {
+        QImage picture(frame.width, frame.height, QImage::Format_ARGB32_Premultiplied);
+        picture.fill(Qt::transparent);
+        {
+            QPainter painter(&picture);
+            paintGrib(painter, shown->weather(), frame, paper);
+        }
+        main.post([layer, frame, picture = std::move(picture)] {
+            if (!layer)
+                return;
+            layer->m_isDrawing = false;
+            layer->m_picture = picture;
+            layer->m_frame = frame;
+            layer->m_host.chart().update();
+        });
+    });
+}
+
 void WeatherLayer::paint(QPainter& painter, const ViewFrame& frame, const LayerLook& look)
 {
-    GribController& weather = m_host.program().weather();
+    const GribController& weather = m_host.program().weather();
     if (weather.model().points().empty()) {
         m_picture = {};
         return;
     }
-    if (m_isStale || m_picture.isNull()) {
-        m_isStale = false;
-        m_picture = QImage(frame.width, frame.height, QImage::Format_ARGB32_Premultiplied);
-        m_picture.fill(Qt::transparent);
-        m_frame = frame;
-        QPainter onPicture(&m_picture);
-        const DisplayColor* const paper = look.portrayal.color("DEPDW");
-        paintGrib(onPicture, weather, frame, paper ? *paper : DisplayColor{});
-    }
+    const DisplayColor* const token = look.portrayal.color("DEPDW");
+    const DisplayColor paper = token ? *token : DisplayColor{};
     painter.scale(1 / frame.pixelsPerPoint, 1 / frame.pixelsPerPoint);
+    if (look.medium == LayerLook::Medium::Paper) {
+        paintGrib(painter, weather, frame, paper);
+        return;
+    }
+    if (m_isStale && !m_isDrawing)
+        begin(frame, paper);
+    if (m_picture.isNull())
+        return;
     if (fits(frame)) {
         painter.drawImage(0, 0, m_picture);
         return;
     }
-    m_rest.start(restTime);
+    if (!m_isDrawing)
+        m_rest.start(restTime);
     painter.setTransform(moveBetween(m_frame, frame), true);
     painter.drawImage(0, 0, m_picture);
 }

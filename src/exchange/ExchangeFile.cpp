@@ -16,16 +16,16 @@
 namespace kelvox {
 
 namespace {
-/// Whether a line of the track begins here: lines are told apart by their colour.
-bool isStart(const std::vector<Track>& tracks, std::size_t i)
+bool isStart(const ExchangeRecords& records, std::size_t i)
 {
-    return i == 0 || tracks[i].color != tracks[i - 1].color;
+    return i == 0
+        || startsLine(records.tracks[i - 1], records.tracks[i], records.startTrackInterval);
 }
 
 Result<void> writeGPX(const std::filesystem::path& path, const ExchangeKinds& kinds,
-                      const ExchangeRecords& records)
+                      const ExchangeRecords& records, const std::stop_token& stop)
 {
-    TextOutput out(path);
+    TextOutput out(path, stop);
     GPXWriter writer(out);
     writer.writeHeader();
     if (kinds.waypoints)
@@ -41,7 +41,7 @@ Result<void> writeGPX(const std::filesystem::path& path, const ExchangeKinds& ki
     if (kinds.tracks && !records.tracks.empty()) {
         writer.beginTrack(path.stem().string());
         for (std::size_t i = 0; i < records.tracks.size(); ++i)
-            writer.writeTrack(records.tracks[i], isStart(records.tracks, i));
+            writer.writeTrack(records.tracks[i], isStart(records, i));
         writer.endTrack();
     }
     writer.writeFooter();
@@ -49,10 +49,11 @@ Result<void> writeGPX(const std::filesystem::path& path, const ExchangeKinds& ki
 }
 
 Result<void> writeKML(const std::filesystem::path& path, const ExchangeKinds& kinds,
-                      const ExchangeRecords& records)
+                      const ExchangeRecords& records, const ExchangeStyle& style,
+                      const std::stop_token& stop)
 {
-    TextOutput out(path);
-    KMLWriter writer(out, {});
+    TextOutput out(path, stop);
+    KMLWriter writer(out, style.iconBase);
     writer.writeHeader(path.stem().string());
     if (kinds.waypoints)
         for (const auto& waypoint : records.waypoints)
@@ -68,7 +69,7 @@ Result<void> writeKML(const std::filesystem::path& path, const ExchangeKinds& ki
         }
     if (kinds.tracks)
         for (std::size_t i = 0; i < records.tracks.size(); ++i) {
-            if (isStart(records.tracks, i)) {
+            if (isStart(records, i)) {
                 if (i > 0)
                     writer.endTrack();
                 writer.startTrack(records.tracks[i].color);
@@ -82,11 +83,12 @@ Result<void> writeKML(const std::filesystem::path& path, const ExchangeKinds& ki
 }
 
 Result<void> writeCSV(const std::filesystem::path& path, const ExchangeKinds& kinds,
-                      const ExchangeRecords& records)
+                      const ExchangeRecords& records, const ExchangeStyle& style,
+                      const std::stop_token& stop)
 {
-    TextOutput out(path);
+    TextOutput out(path, stop);
     UnitsModel units;
-    units.positionFormatUnits = UnitsModel::DecimalDegrees;
+    units.positionFormatUnits = style.positionFormatUnits;
     CSVWriter writer(out, englishStrings(), units);
     if (kinds.waypoints && !records.waypoints.empty()) {
         for (const auto& waypoint : records.waypoints)
@@ -148,14 +150,15 @@ Result<void> readExchangeFile(const std::filesystem::path& path, const ExchangeK
 }
 
 Result<void> writeExchangeFile(const std::filesystem::path& path, const ExchangeKinds& kinds,
-                               const ExchangeRecords& records)
+                               const ExchangeRecords& records, const ExchangeStyle& style,
+                               const std::stop_token& stop)
 {
     if (GPXExport::isGPX(path))
-        return writeGPX(path, kinds, records);
+        return writeGPX(path, kinds, records, stop);
     if (hasExtension(path, ".KML"))
-        return writeKML(path, kinds, records);
+        return writeKML(path, kinds, records, style, stop);
     if (CSVExport::isCSV(path))
-        return writeCSV(path, kinds, records);
+        return writeCSV(path, kinds, records, style, stop);
     return failure(Error::Code::Unsupported, "not a format that is written");
 }
 

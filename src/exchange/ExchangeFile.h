@@ -2,8 +2,11 @@
 
 #include "base/Result.h"
 #include "exchange/ExchangeTarget.h"
+#include "navigation/UnitsModel.h"
 
 #include <filesystem>
+#include <stop_token>
+#include <string>
 
 namespace kelvox {
 
@@ -18,9 +21,18 @@ struct ExchangeKinds {
 [[nodiscard]] Result<void> readExchangeFile(const std::filesystem::path& path,
                                             const ExchangeKinds& kinds, ExchangeRecords& records);
 
-/// Writes what there is of the kinds in one file, its format by the extension.
+/// How a file is written where its format leaves a choice.
+struct ExchangeStyle {
+    int positionFormatUnits = UnitsModel::DecimalDegrees; ///< of CSV
+    std::string iconBase = {}; ///< of KML: see KMLExport
+};
+
+/// Writes what there is of the kinds in one file, its format by the extension. Whatever stood there
+/// stays until the new file is whole, also when a stop is requested.
 [[nodiscard]] Result<void> writeExchangeFile(const std::filesystem::path& path,
                                              const ExchangeKinds& kinds,
-                                             const ExchangeRecords& records);
+                                             const ExchangeRecords& records,
+                                             const ExchangeStyle& style = {},
+                                             const std::stop_token& stop = {});
 
 } // namespace kelvox

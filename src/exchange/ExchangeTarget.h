@@ -1,6 +1,7 @@
 #pragma once
 
 #include "navigation/ChartMarker.h"
+#include "navigation/TracksModel.h"
 
 #include <string>
 #include <vector>
@@ -31,6 +32,8 @@ struct ExchangeRecords final : ExchangeTarget {
     std::vector<Waypoint> waypoints;
     std::vector<NamedRoute> routes;
     std::vector<Track> tracks;
+    /// See TracksModel; as files have it, only colours tell lines apart.
+    int startTrackInterval = TracksModel::longestPause;
     std::size_t passedOverCount = 0;
 
     std::string waypoint(Waypoint waypoint) override;

@@ -44,7 +44,7 @@ bool GPXImport::isGPX(const std::filesystem::path& path)
 Result<void> GPXImport::import(const std::filesystem::path& path, ExchangeTarget& target)
 {
     m_target = &target;
-    return readXml(path, *this);
+    return readXml(path, *this, m_options.stop);
 }
 
 Result<void> GPXImport::parse(std::string_view bytes, ExchangeTarget& target)

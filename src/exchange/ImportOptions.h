@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <stop_token>
 
 namespace kelvox {
 
@@ -15,6 +16,7 @@ struct ImportOptions {
     std::int64_t key = 0;
     /// Added to the dates of GPX files.
     std::chrono::seconds timeZoneOffset{0};
+    std::stop_token stop = {}; ///< gives up a file that is being read
     TrackColor trackColor; ///< that of lines that bring none; segments of GPX are lighter by steps
 
     /// As the program imports: the current second and the local time zone's offset from GMT now.

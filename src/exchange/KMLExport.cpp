@@ -155,9 +155,10 @@ Result<void> KMLExport::exportTracks(const std::filesystem::path& path,
 }
 
 Result<void> KMLExport::exportPlacemarks(const std::filesystem::path& path,
-                                         std::string_view placemarks, Position start) const
+                                         std::string_view placemarks, Position start,
+                                         const std::stop_token& stop) const
 {
-    TextOutput out(path);
+    TextOutput out(path, stop);
     KMLWriter writer(out, m_iconBase);
     writer.writeHeader(path.stem().string());
     if (start.isKnown())

@@ -8,6 +8,7 @@
 #include "navigation/WaypointsModel.h"
 
 #include <filesystem>
+#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -57,7 +58,8 @@ public:
                                             const TracksModel& tracks) const;
     /// A document of placemarks that another writer made, e.g. GribKml.
     [[nodiscard]] Result<void> exportPlacemarks(const std::filesystem::path& path,
-                                                std::string_view placemarks, Position start) const;
+                                                std::string_view placemarks, Position start,
+                                                const std::stop_token& stop = {}) const;
     /// Hands the file to the viewer that is registered for it.
     [[nodiscard]] static Result<void> openGoogleEarth(const std::filesystem::path& path);
 

@@ -69,12 +69,12 @@ Result<void> KMLImport::import(const std::filesystem::path& path, ExchangeTarget
 {
     m_target = &target;
     if (!hasExtension(path, ".KMZ"))
-        return readXml(path, *this);
+        return readXml(path, *this, m_options.stop);
     const KmzFolder folder;
     const auto document = folder.unpack(path, largestFile);
     if (!document)
         return tl::unexpected(document.error());
-    return readXml(*document, *this);
+    return readXml(*document, *this, m_options.stop);
 }
 
 Result<void> KMLImport::parse(std::string_view bytes, ExchangeTarget& target)

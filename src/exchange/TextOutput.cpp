@@ -12,8 +12,9 @@
 
 namespace kelvox {
 
-TextOutput::TextOutput(const std::filesystem::path& path)
+TextOutput::TextOutput(const std::filesystem::path& path, std::stop_token stop)
     : m_path(path)
+    , m_stop(std::move(stop))
 {
     // A link is followed, so that a user who keeps the file elsewhere keeps it there.
     std::error_code notThere;
@@ -61,6 +62,8 @@ TextOutput& TextOutput::operator<<(float degrees)
 void TextOutput::flush()
 {
     std::string_view rest = m_text;
+    if (m_error == 0 && m_stop.stop_requested())
+        m_error = ECANCELED;
     while (m_error == 0 && !rest.empty()) {
         const auto written = ::write(m_file, rest.data(), rest.size());
         if (written >= 0)
@@ -76,12 +79,16 @@ Result<void> TextOutput::finish()
     flush();
     struct stat old { };
     const mode_t mode = ::stat(m_path.c_str(), &old) == 0 ? old.st_mode & 07777 : 0644;
-    if (m_error == 0
-        && (::fchmod(m_file, mode) != 0 || ::fsync(m_file) != 0
-            || ::rename(m_temporary.c_str(), m_path.c_str()) != 0))
+    if (m_error == 0 && (::fchmod(m_file, mode) != 0 || ::fsync(m_file) != 0))
+        m_error = errno;
+    // Syncing may have taken long.
+    if (m_error == 0 && m_stop.stop_requested())
+        m_error = ECANCELED;
+    if (m_error == 0 && ::rename(m_temporary.c_str(), m_path.c_str()) != 0)
         m_error = errno;
     if (m_error != 0)
-        return failure(Error::Code::CannotOpen, std::strerror(m_error));
+        return failure(m_error == ECANCELED ? Error::Code::Cancelled : Error::Code::CannotOpen,
+                       std::strerror(m_error));
     ::close(std::exchange(m_file, -1));
     return {};
 }

@@ -3,16 +3,18 @@
 #include "base/Result.h"
 
 #include <filesystem>
+#include <stop_token>
 #include <string>
 #include <string_view>
 
 namespace kelvox {
 
 /// Writes a text file in pieces, beside its place until finish() puts it there whole. Without
-/// finish() whatever stood there stays. A failure is kept until finish() reports it.
+/// finish() whatever stood there stays. A failure is kept until finish() reports it; a stop that is
+/// requested before the file is in its place is one.
 class TextOutput {
 public:
-    explicit TextOutput(const std::filesystem::path& path);
+    explicit TextOutput(const std::filesystem::path& path, std::stop_token stop = {});
     TextOutput(const TextOutput&) = delete;
     TextOutput& operator=(const TextOutput&) = delete;
     ~TextOutput();
@@ -33,6 +35,7 @@ private:
     void flush();
 
     std::filesystem::path m_path;
+    std::stop_token m_stop;
     std::string m_temporary;
     int m_file = -1;
     int m_error = 0;

@@ -160,14 +160,16 @@ Result<void> readPieces(XmlContent& content, auto&& read)
             return failure(Error::Code::OutOfRange, "out of memory");
         const auto size = read(room);
         if (size < 0)
-            return failure(Error::Code::CannotOpen, std::strerror(errno));
+            return failure(errno == ECANCELED ? Error::Code::Cancelled : Error::Code::CannotOpen,
+                           std::strerror(errno));
         if (auto taken = reader.take(static_cast<int>(size), size == 0); !taken || size == 0)
             return taken;
     }
 }
 } // namespace
 
-Result<void> readXml(const std::filesystem::path& path, XmlContent& content)
+Result<void> readXml(const std::filesystem::path& path, XmlContent& content,
+                     const std::stop_token& stop)
 {
     const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     if (fd < 0)
@@ -177,8 +179,12 @@ Result<void> readXml(const std::filesystem::path& path, XmlContent& content)
         ::close(fd);
         return failure(Error::Code::CannotOpen, "not a regular file");
     }
-    auto result = readPieces(content, [fd](char* room) {
+    auto result = readPieces(content, [fd, &stop](char* room) {
         ssize_t size = 0;
+        if (stop.stop_requested()) {
+            errno = ECANCELED;
+            return ssize_t{-1};
+        }
         do
             size = ::read(fd, room, pieceSize);
         while (size < 0 && errno == EINTR);

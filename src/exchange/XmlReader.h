@@ -3,6 +3,7 @@
 #include "base/Result.h"
 
 #include <filesystem>
+#include <stop_token>
 #include <string>
 #include <string_view>
 
@@ -41,8 +42,10 @@ public:
 /// Reads a document in pieces; memory does not grow with the file. Single-byte encodings that the
 /// system knows are read beside UTF-8 and UTF-16. A document is given up, after what was complete
 /// has been told, where it is malformed or hostile: elements nested deeper than `deepest`, one tag
-/// longer than `longestTag`, more than `mostEntities` entities declared, entities that blow up.
-[[nodiscard]] Result<void> readXml(const std::filesystem::path& path, XmlContent& content);
+/// longer than `longestTag`, more than `mostEntities` entities declared, entities that blow up. So
+/// it is once a stop is requested.
+[[nodiscard]] Result<void> readXml(const std::filesystem::path& path, XmlContent& content,
+                                   const std::stop_token& stop = {});
 [[nodiscard]] Result<void> parseXml(std::string_view bytes, XmlContent& content);
 
 struct XmlLimits {

@@ -346,16 +346,18 @@ private:
                std::shared_ptr<Record> Change::*value)
     {
         std::unordered_set<const Record*> leaving;
+        std::size_t place = 0; // of the last one of those
         std::vector<const Change*> coming;
         for (const auto& change : changes) {
             if (change.kind == Change::Modify)
                 assign(change.object, *(change.*value));
-            else if (change.kind == removing)
+            else if (change.kind == removing) {
                 leaving.insert(change.object.get());
-            else if (change.kind != Change::Touch)
+                place = change.place;
+            } else if (change.kind != Change::Touch)
                 coming.push_back(&change);
         }
-        takeOut(leaving);
+        takeOut(leaving, place);
         putIn(coming);
         ++m_revision;
         m_hasUnsavedChanges = true;
@@ -376,7 +378,8 @@ private:
             onNameFreed();
     }
 
-    void takeOut(const std::unordered_set<const Record*>& leaving)
+    /// @param place where a single one most likely stands
+    void takeOut(const std::unordered_set<const Record*>& leaving, std::size_t place)
     {
         if (leaving.empty())
             return;
@@ -384,9 +387,11 @@ private:
             for (const Record* record : leaving)
                 m_index->erase(record->name);
         if (leaving.size() == 1) {
-            const auto it = std::find_if(m_records.begin(), m_records.end(), [&](const auto& r) {
-                return r.get() == *leaving.begin();
-            });
+            // Taking back a long import takes back thousands of these, one by one.
+            const auto isIt = [&](const auto& record) { return record.get() == *leaving.begin(); };
+            auto it = m_records.begin() + static_cast<std::ptrdiff_t>(std::min(place, count()));
+            if (it == m_records.end() || !isIt(*it))
+                it = std::find_if(m_records.begin(), m_records.end(), isIt);
             if (it != m_records.end())
                 m_records.erase(it);
         } else {
@@ -527,7 +532,7 @@ private:
                 }
             }
             if (!record && old)
-                takeOut({old.get()});
+                takeOut({old.get()}, indexOf(old));
             else if (record && old)
                 const_cast<Record&>(*old) = std::move(*record);
             else if (record) {

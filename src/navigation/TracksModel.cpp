@@ -10,7 +10,6 @@ namespace kelvox {
 
 namespace {
 constexpr int pauseAllowance = 30; // seconds beyond the interval that still make no new line
-constexpr int longestPause = 10'800; // an interval of three hours or more never splits a line
 
 std::int64_t numberOf(const std::string& name)
 {
@@ -27,6 +26,14 @@ bool comesBefore(const Track& a, const Track& b)
     if (a.date != b.date)
         return a.date < b.date; // points without a date come first
     return naturalLess(a.name, b.name);
+}
+
+bool startsLine(const Track& previous, const Track& point, int startTrackInterval)
+{
+    if (startTrackInterval < TracksModel::longestPause && point.date && previous.date
+        && *point.date - *previous.date > std::chrono::seconds(startTrackInterval + pauseAllowance))
+        return true;
+    return point.color != previous.color;
 }
 
 TracksModel::TracksModel(EditHistory& history)
@@ -87,13 +94,7 @@ bool TracksModel::isStart(std::size_t index) const
         return false;
     if (index == 0)
         return true;
-    const Track& point = *at(index);
-    const Track& previous = *at(index - 1);
-    if (m_startTrackInterval < longestPause && point.date && previous.date
-        && *point.date - *previous.date
-            > std::chrono::seconds(m_startTrackInterval + pauseAllowance))
-        return true;
-    return point.color != previous.color;
+    return startsLine(*at(index - 1), *at(index), m_startTrackInterval);
 }
 
 void TracksModel::remove(std::size_t first, std::size_t number)

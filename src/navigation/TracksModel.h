@@ -10,6 +10,8 @@
 namespace kelvox {
 
 [[nodiscard]] bool comesBefore(const Track& a, const Track& b); ///< by date
+/// Whether a line begins with the second of two points in a row: see TracksModel::isStart().
+[[nodiscard]] bool startsLine(const Track& previous, const Track& point, int startTrackInterval);
 
 /// The recorded track, oldest point first: at most 50,000 points. See RecordsModel.
 class TracksModel final : public ChartMarkersModel<Track> {
@@ -19,6 +21,7 @@ public:
 
     static constexpr const char* fileName = "Preferences/KelvoxTracks.plist";
     static constexpr std::size_t mostPoints = 50'000;
+    static constexpr int longestPause = 10'800; ///< seconds; from here on none begins a new line
     static constexpr float pickingDistanceNM = 0.25F;
 
     /// Records a point; with an interval it is refused while the last one is younger than that.
@@ -56,7 +59,7 @@ public:
 
 protected:
     void makeNameFree(Track& point) override;
-    void onApplied() override { m_byDate.clear(); }
+    void onApplied() override { m_byDate = {}; } // clear() would go over all its buckets
     void onLoaded() override;
 
 private:

@@ -79,6 +79,18 @@ GribController::GribController(GribModel& model)
 {
 }
 
+GribController::GribController(GribModel& model, const GribController& choices)
+    : secondsPerStep(choices.secondsPerStep)
+    , showWind(choices.showWind)
+    , showCurrent(choices.showCurrent)
+    , showWaves(choices.showWaves)
+    , showContours(choices.showContours)
+    , contourField(choices.contourField)
+    , markers(choices.markers)
+    , m_model(model)
+{
+}
+
 bool GribController::canBarb() const
 {
     const auto points = m_model.pointsAt(m_model.viewedDate());

@@ -17,8 +17,13 @@ class Settings;
 class GribController {
 public:
     explicit GribController(GribModel& model);
+    /// The same choices over another model.
+    GribController(GribModel& model, const GribController& choices);
+    GribController(const GribController&) = delete;
+    GribController& operator=(const GribController&) = delete;
 
     [[nodiscard]] GribModel& model() { return m_model; }
+    [[nodiscard]] const GribModel& model() const { return m_model; }
 
     /// Whether a grid of the viewed time has wind, or a field with contours.
     [[nodiscard]] bool canBarb() const;
@@ -74,6 +79,27 @@ private:
 
     GribModel& m_model;
     std::optional<double> m_nextStep; ///< when playing: the moment of the next step
+};
+
+/// What a controller shows at one moment, for a worker to draw while the controller goes on. Its
+/// grids are shared, not copied.
+class GribSnapshot {
+public:
+    explicit GribSnapshot(const GribController& weather)
+        : m_units(weather.model().units())
+        , m_model(weather.model(), m_units)
+        , m_weather(m_model, weather)
+    {
+    }
+    GribSnapshot(const GribSnapshot&) = delete;
+    GribSnapshot& operator=(const GribSnapshot&) = delete;
+    [[nodiscard]] const GribController& weather() const { return m_weather; }
+    [[nodiscard]] const GribModel& model() const { return m_model; }
+
+private:
+    UnitsModel m_units;
+    GribModel m_model;
+    GribController m_weather;
 };
 
 } // namespace kelvox

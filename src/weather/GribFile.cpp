@@ -1,6 +1,6 @@
 #include "weather/GribFile.h"
 
-#include "base/File.h"
+#include "base/RegularFile.h"
 
 #include <algorithm>
 #include <array>
@@ -42,8 +42,17 @@ Result<pid_t> startBunzip2(const char* option, const std::filesystem::path& path
     return child;
 }
 
-bool endedWell(pid_t child)
+/// Waits for the command; a stop ends it.
+bool endedWell(pid_t child, const std::stop_token& stop)
 {
+    {
+        const std::stop_callback end(stop, [child] { ::kill(child, SIGTERM); });
+        // Its number is not given to another process before it is waited for below.
+        siginfo_t info{};
+        while (::waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT) < 0)
+            if (errno != EINTR)
+                break;
+    }
     int status = 0;
     while (::waitpid(child, &status, 0) < 0)
         if (errno != EINTR)
@@ -51,7 +60,26 @@ bool endedWell(pid_t child)
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-Result<std::string> unpackInMemory(const std::filesystem::path& path)
+tl::unexpected<Error> cancelled(const std::filesystem::path& path)
+{
+    return failure(Error::Code::Cancelled, path.string() + ": cancelled");
+}
+
+/// Reads to the end, to the limit or to the stop.
+void readPipe(int pipe, const std::stop_token& stop, std::string& bytes)
+{
+    std::array<char, 65536> block{};
+    while (!stop.stop_requested() && bytes.size() <= sizeLimit) {
+        const ssize_t got = ::read(pipe, block.data(), block.size());
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
+            return;
+        bytes.append(block.data(), static_cast<std::size_t>(got));
+    }
+}
+
+Result<std::string> unpackInMemory(const std::filesystem::path& path, const std::stop_token& stop)
 {
     std::array<int, 2> pipe{};
     if (::pipe2(pipe.data(), O_CLOEXEC) != 0)
@@ -59,30 +87,43 @@ Result<std::string> unpackInMemory(const std::filesystem::path& path)
     const auto child = startBunzip2("-c", path, pipe[1]);
     ::close(pipe[1]);
     std::string bytes;
-    bool tooLarge = false;
-    if (child) {
-        std::array<char, 65536> block{};
-        for (;;) {
-            const ssize_t got = ::read(pipe[0], block.data(), block.size());
-            if (got < 0 && errno == EINTR)
-                continue;
-            if (got <= 0)
-                break;
-            bytes.append(block.data(), static_cast<std::size_t>(got));
-            if ((tooLarge = bytes.size() > sizeLimit))
-                break;
-        }
-    }
+    if (child)
+        readPipe(pipe[0], stop, bytes);
     ::close(pipe[0]);
     if (!child)
         return tl::unexpected(child.error());
-    if (tooLarge)
+    const bool tooLarge = bytes.size() > sizeLimit;
+    if (tooLarge || stop.stop_requested())
         ::kill(*child, SIGTERM);
-    const bool good = endedWell(*child);
+    const bool good = endedWell(*child, stop);
+    if (stop.stop_requested())
+        return cancelled(path);
     if (tooLarge)
         return failure(Error::Code::OutOfRange, path.string() + ": too large when unpacked");
     if (!good && bytes.empty()) // of a damaged file what came before the damage is kept
         return failure(Error::Code::BadSyntax, path.string() + ": cannot be unpacked");
+    return bytes;
+}
+
+Result<std::string> readPlain(const std::filesystem::path& path, const std::stop_token& stop)
+{
+    constexpr std::size_t block = std::size_t{1} << 22;
+    const auto file = RegularFile::open(path);
+    if (!file)
+        return tl::unexpected(file.error());
+    if (file->size() > sizeLimit)
+        return failure(Error::Code::OutOfRange, path.string() + ": file too large");
+    std::string bytes(file->size(), '\0');
+    for (std::size_t at = 0; at < bytes.size();) {
+        if (stop.stop_requested())
+            return cancelled(path);
+        const auto got = file->readAt(at, {bytes.data() + at, std::min(block, bytes.size() - at)});
+        if (!got)
+            return failure(got.error().code, path.string() + ": " + got.error().message);
+        if (*got == 0) // it became shorter meanwhile
+            bytes.resize(at);
+        at += *got;
+    }
     return bytes;
 }
 } // namespace
@@ -95,24 +136,25 @@ bool isBzip2(const std::filesystem::path& path)
     return extension == ".BZ2";
 }
 
-Result<std::string> readGribFile(const std::filesystem::path& path)
+Result<std::string> readGribFile(const std::filesystem::path& path, const std::stop_token& stop)
 {
     if (!isBzip2(path))
-        return readFile(path, sizeLimit);
+        return readPlain(path, stop);
     std::error_code error;
     if (!std::filesystem::is_regular_file(path, error))
         return failure(Error::Code::CannotOpen, path.string() + ": no such file");
-    return unpackInMemory(path);
+    return unpackInMemory(path, stop);
 }
 
-Result<std::filesystem::path> unpackInPlace(const std::filesystem::path& path)
+Result<std::filesystem::path> unpackInPlace(const std::filesystem::path& path,
+                                            const std::stop_token& stop)
 {
     const auto child = startBunzip2("-f", path, -1);
     if (!child)
         return tl::unexpected(child.error());
     auto unpacked = path;
     unpacked.replace_extension();
-    if (!endedWell(*child) || !std::filesystem::exists(unpacked))
+    if (!endedWell(*child, stop) || !std::filesystem::exists(unpacked))
         return failure(Error::Code::BadSyntax, path.string() + ": cannot be unpacked");
     return unpacked;
 }

@@ -82,19 +82,35 @@ GribModel::GribModel(const UnitsModel& units)
 {
 }
 
-Result<void> GribModel::loadGrib(const std::filesystem::path& path)
+GribModel::GribModel(const GribModel& other, const UnitsModel& units)
+    : interval(other.interval)
+    , days(other.days)
+    , resolution(other.resolution)
+    , m_units(units)
+    , m_fileName(other.m_fileName)
+    , m_grids(other.m_grids)
+    , m_points(other.m_points)
+    , m_skipped(other.m_skipped)
+    , m_ignored(other.m_ignored)
+    , m_messages(other.m_messages)
+    , m_viewed(other.m_viewed)
+{
+}
+
+Result<void> GribModel::loadGrib(const std::filesystem::path& path, const std::stop_token& stop)
 {
     closeGrib();
     auto file = path;
     if (isBzip2(path))
-        file = unpackInPlace(path).value_or(path);
-    const auto bytes = readGribFile(file);
+        file = unpackInPlace(path, stop).value_or(path);
+    const auto bytes = readGribFile(file, stop);
     if (!bytes)
         return tl::unexpected(bytes.error());
-    return loadBytes(*bytes, file.string());
+    return loadBytes(*bytes, file.string(), stop);
 }
 
-Result<void> GribModel::loadBytes(std::span<const char> bytes, const std::string& name)
+Result<void> GribModel::loadBytes(std::span<const char> bytes, const std::string& name,
+                                  const std::stop_token& stop)
 {
     closeGrib();
     m_fileName = name;
@@ -103,6 +119,10 @@ Result<void> GribModel::loadBytes(std::span<const char> bytes, const std::string
     const std::span octets(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
     std::size_t offset = 0;
     while (const auto message = readGribMessage(octets, offset)) {
+        if (stop.stop_requested()) {
+            closeGrib();
+            return failure(Error::Code::Cancelled, name + ": cancelled");
+        }
         if (!*message) {
             note(m_skipped, message->error().message, message->error().offset);
             continue;
@@ -118,7 +138,7 @@ Result<void> GribModel::loadBytes(std::span<const char> bytes, const std::string
         budget -= count;
         take(found);
     }
-    for (const auto& [key, grid] : m_grids)
+    for (const auto& [key, grid] : *m_grids)
         m_points.push_back(&grid);
     if (!m_points.empty())
         m_viewed = m_points.front()->forecastDate();
@@ -171,7 +191,7 @@ void GribModel::closeGrib()
 {
     m_fileName.clear();
     m_points.clear();
-    m_grids.clear();
+    m_grids = std::make_shared<Grids>(); // the old ones belong to those who draw them still
     m_skipped.clear();
     m_ignored.clear();
     m_messages = 0;
@@ -181,8 +201,8 @@ void GribModel::closeGrib()
 void GribModel::adopt(GribModel&& other)
 {
     m_fileName = std::move(other.m_fileName);
-    m_points = std::move(other.m_points); // they point into the nodes of the map, which stay
-    m_grids = std::move(other.m_grids);
+    m_points = std::move(other.m_points);
+    m_grids = other.m_grids;
     m_skipped = std::move(other.m_skipped);
     m_ignored = std::move(other.m_ignored);
     m_messages = other.m_messages;
@@ -200,22 +220,22 @@ GribPoints& GribModel::pointsFor(const GribGrid& grid, GribTime date)
                   .latitudeIncrement = grid.latitudeIncrement,
                   .longitudeCount = grid.longitudeCount,
                   .latitudeCount = grid.latitudeCount};
-    return m_grids.try_emplace(key, grid, date).first->second;
+    return m_grids->try_emplace(key, grid, date).first->second;
 }
 
 GribPoints& GribModel::gribPointsWithPosition(Position position, Size increments, Size counts,
                                               GribTime date)
 {
-    const auto before = m_grids.size();
+    const auto before = m_grids->size();
     GribPoints& points = pointsFor({.first = position,
                                     .latitudeIncrement = increments.height,
                                     .longitudeIncrement = increments.width,
                                     .latitudeCount = static_cast<int>(counts.height),
                                     .longitudeCount = static_cast<int>(counts.width)},
                                    date);
-    if (m_grids.size() != before) {
+    if (m_grids->size() != before) {
         m_points.clear();
-        for (const auto& [key, grid] : m_grids)
+        for (const auto& [key, grid] : *m_grids)
             m_points.push_back(&grid);
     }
     return points;

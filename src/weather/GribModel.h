@@ -7,7 +7,9 @@
 #include <compare>
 #include <filesystem>
 #include <map>
+#include <memory>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -42,12 +44,20 @@ class GribModel {
 public:
     static GribModel& grib(); ///< the shared instance, in the user's shared units
     explicit GribModel(const UnitsModel& units);
+    /// What the other one shows now, in units of its own. The grids are shared, which neither
+    /// loading nor closing changes: a worker may draw them meanwhile.
+    GribModel(const GribModel& other, const UnitsModel& units);
+    GribModel(const GribModel&) = delete;
+    GribModel& operator=(const GribModel&) = delete;
 
     /// Closes what is loaded and reads a file. A file of extension BZ2 is unpacked in its place
     /// first; where that cannot be done (a read-only folder) it is unpacked in memory.
     /// Fails when the file cannot be read or holds no message that can; skipped() then tells more.
-    [[nodiscard]] Result<void> loadGrib(const std::filesystem::path& path);
-    [[nodiscard]] Result<void> loadBytes(std::span<const char> bytes, const std::string& name);
+    /// Gives up soon after a stop was requested, with nothing loaded.
+    [[nodiscard]] Result<void> loadGrib(const std::filesystem::path& path,
+                                        const std::stop_token& stop = {});
+    [[nodiscard]] Result<void> loadBytes(std::span<const char> bytes, const std::string& name,
+                                         const std::stop_token& stop = {});
     void closeGrib();
     /// Takes over what another model has read, e.g. on a worker; settings and units stay.
     void adopt(GribModel&& other);
@@ -63,6 +73,7 @@ public:
     [[nodiscard]] const std::vector<GribSkip>& ignored() const { return m_ignored; }
 
     /// The grids of one position, increments (width: longitude), counts and date; made when new.
+    /// For those who fill a model, before others share its grids.
     GribPoints& gribPointsWithPosition(Position position, Size increments, Size counts,
                                        GribTime date);
 
@@ -101,12 +112,13 @@ private:
         int longitudeCount, latitudeCount;
         friend auto operator<=>(const Key&, const Key&) = default;
     };
+    using Grids = std::map<Key, GribPoints>;
     GribPoints& pointsFor(const GribGrid& grid, GribTime date);
     void take(const GribMessage& message);
 
     const UnitsModel& m_units;
     std::string m_fileName;
-    std::map<Key, GribPoints> m_grids;
+    std::shared_ptr<Grids> m_grids = std::make_shared<Grids>(); ///< complete once others share it
     std::vector<const GribPoints*> m_points;
     std::vector<GribSkip> m_skipped;
     std::vector<GribSkip> m_ignored;

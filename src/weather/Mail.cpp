@@ -50,6 +50,35 @@ Owned<curl_slist> list(std::initializer_list<std::string> lines)
         }
     return head;
 }
+
+/// Like curl_easy_perform(), but a stop wakes it at once.
+CURLcode perform(CURL* curl, const std::stop_token& stop)
+{
+    const std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> multi(curl_multi_init(),
+                                                                      &curl_multi_cleanup);
+    if (!multi || curl_multi_add_handle(multi.get(), curl) != CURLM_OK)
+        return CURLE_FAILED_INIT;
+    CURLcode code = CURLE_ABORTED_BY_CALLBACK;
+    {
+        const std::stop_callback wake(stop, [&multi] { curl_multi_wakeup(multi.get()); });
+        int running = 1;
+        while (running > 0 && !stop.stop_requested()) {
+            constexpr int longestWait = 1000; // milliseconds
+            if (curl_multi_perform(multi.get(), &running) != CURLM_OK)
+                break;
+            if (running > 0
+                && curl_multi_poll(multi.get(), nullptr, 0, longestWait, nullptr) != CURLM_OK)
+                break;
+        }
+    }
+    int left = 0;
+    if (const CURLMsg* message = curl_multi_info_read(multi.get(), &left))
+        code = message->data.result;
+    // A name that is still being looked up must not hold up the end of the program.
+    curl_easy_setopt(curl, CURLOPT_QUICK_EXIT, 1L);
+    curl_multi_remove_handle(multi.get(), curl);
+    return code;
+}
 } // namespace
 
 std::string mailtoAddress(const Mail& mail)
@@ -125,7 +154,9 @@ Result<void> SmtpSender::send(const Mail& mail)
     set(CURLOPT_MAIL_RCPT, receivers.get());
     set(CURLOPT_HTTPHEADER, headers.get());
     set(CURLOPT_MIMEPOST, mime.get());
-    const CURLcode code = curl_easy_perform(curl.get());
+    const CURLcode code = perform(curl.get(), m_stop);
+    if (m_stop.stop_requested() && code != CURLE_OK)
+        return failure(Error::Code::Cancelled, m_account.server + ": cancelled");
     if (code == CURLE_OK)
         return {};
     reason.resize(reason.find('\0'));

@@ -3,6 +3,7 @@
 #include "base/Result.h"
 
 #include <filesystem>
+#include <stop_token>
 #include <string>
 
 namespace kelvox {
@@ -42,18 +43,20 @@ struct SmtpAccount {
     [[nodiscard]] static SmtpAccount load(const Settings& settings);
 };
 
-/// Sends through a server with libcurl. Waits for the network for up to a minute: call it from a
-/// worker.
+/// Sends through a server with libcurl. Waits for the network for up to a minute, or until a stop
+/// is requested: call it from a worker.
 class SmtpSender final : public MailSender {
 public:
-    explicit SmtpSender(SmtpAccount account)
+    explicit SmtpSender(SmtpAccount account, std::stop_token stop = {})
         : m_account(std::move(account))
+        , m_stop(std::move(stop))
     {
     }
     [[nodiscard]] Result<void> send(const Mail& mail) override;
 
 private:
     SmtpAccount m_account;
+    std::stop_token m_stop;
 };
 
 } // namespace kelvox

@@ -1,7 +1,7 @@
 #include "app/NavScene.h"
 
 #include "app/FileOpener.h"
-#include "app/nav/ExportDialog.h"
+#include "app/nav/ExportJob.h"
 #include "app/nav/ImportJob.h"
 
 #include <QPushButton>
@@ -44,7 +44,7 @@ TEST_F(ImportJobTest, WhatIsExportedComesBackAsOneStep)
         program.tracks().add(std::move(point), std::chrono::seconds(1));
     }
     const auto file = folder.path() / "all.gpx";
-    ASSERT_TRUE(exportTo(program, {}, file));
+    ASSERT_TRUE(ExportWork::of(program, {}).write(file));
     program.tracks().removeAll();
     program.routes().removeAll();
     program.waypoints().removeAll();
@@ -108,6 +108,47 @@ TEST_F(ImportJobTest, TheCardTakesTheImportBackOnlyWhileItIsTheLastStep)
     ASSERT_TRUE(undoButton());
     undoButton()->click();
     EXPECT_EQ(program.waypoints().count(), 1U);
+}
+
+TEST_F(ImportJobTest, LinesOfKmlBecomeTracksWhereTheUserWantsThem)
+{
+    import({write("line.kml",
+                  "<kml><Placemark><LineString><coordinates>10,55 10.1,55 10.2,55"
+                  "</coordinates></LineString></Placemark></kml>")});
+    EXPECT_EQ(program.routes().count(), 1U);
+    EXPECT_EQ(program.tracks().count(), 0U);
+    QPushButton* asTracks = nullptr;
+    for (auto* button : window.findChildren<QPushButton*>())
+        if (button->isVisible() && button->text() == QStringLiteral("Lines as tracks"))
+            asTracks = button;
+    ASSERT_TRUE(asTracks);
+    asTracks->click();
+    waitFor([&] { return program.tracks().count() == 3; });
+    EXPECT_EQ(program.routes().count() + program.waypoints().count(), 0U);
+}
+
+TEST_F(ImportJobTest, AnExportIsWrittenInTheBackgroundAndCanBeGivenUp)
+{
+    waypoint("A", {300, 300});
+    const auto file = folder.path() / "out.gpx";
+    const auto run = [&](bool cancelled) {
+        std::optional<bool> written;
+        auto* job = ExportJob::start(actions(), {}, file);
+        QObject::connect(job, &ExportJob::finished, &window,
+                         [&written](bool done) { written = done; });
+        if (cancelled)
+            job->cancel();
+        waitFor([&] { return written.has_value(); });
+        return written.value_or(false);
+    };
+    EXPECT_TRUE(run(false));
+    const auto size = std::filesystem::file_size(file);
+    waypoint("B", {400, 300});
+    if (!run(true)) {
+        EXPECT_EQ(std::filesystem::file_size(file), size) << "what stood there stays";
+    }
+    EXPECT_TRUE(run(false));
+    EXPECT_GT(std::filesystem::file_size(file), size);
 }
 
 TEST(FileOpener, HandsEachKindToThePartThatKnowsIt)

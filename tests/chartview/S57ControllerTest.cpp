@@ -76,7 +76,8 @@ TEST(S57Controller, ComesBackWithinSinglePrecision)
     view.setScale(10'000);
     view.chartSize();
     for (const float turn : {0.0F, 37.0F, 180.0F})
-        for (double latitude = -85; latitude <= 85; latitude += 2.5) {
+        for (int step = -34; step <= 34; ++step) {
+            const double latitude = 2.5 * step;
             view.setRotatePosition(10, 50);
             view.setRotate(turn);
             const auto back = view.pointToPosition(view.positionToPoint({12.25, latitude}));

@@ -32,6 +32,49 @@ std::string kml(const std::string& body)
     return "<kml><Document>" + body + "</Document></kml>";
 }
 
+TEST(ExchangeFile, AStopKeepsWhatStoodThereAndEndsReading)
+{
+    ExchangeScene scene;
+    const auto path = scene.path("old.gpx");
+    std::stop_source stop;
+    ExchangeRecords records;
+    records.waypoints.emplace_back().name = "NEW";
+    ASSERT_TRUE(writeExchangeFile(path, {}, {}, {}, stop.get_token()));
+    const auto before = scene.written("old.gpx");
+    stop.request_stop();
+    for (const char* name : {"old.gpx", "new.kml", "new.csv"}) {
+        const auto written = writeExchangeFile(scene.path(name), {}, records, {}, stop.get_token());
+        ASSERT_FALSE(written) << name;
+        EXPECT_EQ(written.error().code, Error::Code::Cancelled) << name;
+    }
+    EXPECT_EQ(scene.written("old.gpx"), before);
+    EXPECT_FALSE(std::filesystem::exists(scene.path("new.kml")));
+
+    ImportOptions options;
+    options.stop = stop.get_token();
+    const auto read = GPXImport(options).import(path, records);
+    ASSERT_FALSE(read);
+    EXPECT_EQ(read.error().code, Error::Code::Cancelled);
+}
+
+TEST(ExchangeFile, KeepsLinesApartThatAPauseDivides)
+{
+    ExchangeScene scene;
+    ExchangeRecords records;
+    records.tracks = {trackPoint(0), trackPoint(10), trackPoint(5000)};
+    const auto lines = [&] {
+        EXPECT_TRUE(writeExchangeFile(scene.path("t.gpx"), {}, records));
+        const auto text = scene.written("t.gpx");
+        std::size_t count = 0;
+        for (std::size_t at = 0; (at = text.find("<trkseg>", at)) != std::string::npos; ++at)
+            ++count;
+        return count;
+    };
+    EXPECT_EQ(lines(), 1U) << "files tell lines apart by colours alone";
+    records.startTrackInterval = 900;
+    EXPECT_EQ(lines(), 2U);
+}
+
 TEST(KMLExport, WritesTheLinesOfTheFormat)
 {
     ExchangeScene scene;

@@ -7,7 +7,7 @@
 namespace kelvox {
 
 namespace {
-ISOWriter writerOf(std::vector<std::pair<const char*, const char*>> subfields)
+ISOWriter writerOf(const std::vector<std::pair<const char*, const char*>>& subfields)
 {
     ISOFieldDefinition field("TEST", "A field", "", 1, 6, "");
     for (const auto& [label, format] : subfields)

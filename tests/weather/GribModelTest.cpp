@@ -214,6 +214,41 @@ TEST_F(GribModelTest, FilesOpenPlainAndPacked)
     EXPECT_TRUE(model.points().empty());
 }
 
+TEST_F(GribModelTest, WhatAWorkerDrawsStaysWhenTheFileIsClosed)
+{
+    load(uniform({}, 7));
+    GribController weather(model);
+    weather.showWaves = false;
+    const GribSnapshot shown(weather);
+    model.closeGrib();
+    EXPECT_TRUE(model.points().empty());
+    ASSERT_EQ(shown.model().points().size(), 1U);
+    EXPECT_EQ(shown.model().points()[0]->values(GribField::WindU)[0], 7);
+    EXPECT_EQ(shown.model().viewedDate(), shown.model().points()[0]->forecastDate());
+    EXPECT_FALSE(shown.weather().showWaves);
+}
+
+TEST_F(GribModelTest, AStopEndsLoadingWithNothingLoaded)
+{
+    const TemporaryFolder folder;
+    const auto path = folder.path() / "forecast.grb";
+    ASSERT_TRUE(writeFileAtomically(path, uniform({}, 7)));
+    std::stop_source stop;
+    ASSERT_TRUE(model.loadGrib(path, stop.get_token()));
+    stop.request_stop();
+    for (const char* name : {"forecast.grb", "forecast.grb.bz2"}) {
+        std::filesystem::copy_file(path, folder.path() / name,
+                                   std::filesystem::copy_options::skip_existing);
+        const auto loaded = model.loadGrib(folder.path() / name, stop.get_token());
+        ASSERT_FALSE(loaded) << name;
+        EXPECT_EQ(loaded.error().code, Error::Code::Cancelled) << name;
+        EXPECT_TRUE(model.points().empty());
+        EXPECT_TRUE(std::filesystem::exists(folder.path() / name)) << "left as it was";
+    }
+    EXPECT_EQ(model.loadBytes(uniform({}, 7), "bytes", stop.get_token()).error().code,
+              Error::Code::Cancelled);
+}
+
 TEST_F(GribModelTest, ManyHugeConstantFieldsDoNotFillTheMemory)
 {
     std::string bytes;

@@ -183,4 +183,32 @@ TEST(SmtpSender, SaysWhyItFailed)
     EXPECT_EQ(plain.heard().find("AUTH"), std::string::npos);
 }
 
+TEST(SmtpSender, AStopDoesNotWaitForAServerThatIsSilent)
+{
+    const int silent = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    ASSERT_EQ(::bind(silent, reinterpret_cast<sockaddr*>(&address), size), 0);
+    ASSERT_EQ(::listen(silent, 1), 0);
+    ::getsockname(silent, reinterpret_cast<sockaddr*>(&address), &size);
+    std::stop_source stop;
+    SmtpSender sender({.server = "127.0.0.1",
+                       .port = ntohs(address.sin_port),
+                       .tls = false,
+                       .from = "me@boat.example"},
+                      stop.get_token());
+    auto sent = std::async(std::launch::async, [&] {
+        return sender.send({.to = "a@example.org", .subject = "x", .body = "y", .attachment = {}});
+    });
+    const int client = ::accept(silent, nullptr, nullptr); // it waits for a greeting now
+    stop.request_stop();
+    const auto result = sent.get();
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().code, Error::Code::Cancelled) << result.error().message;
+    ::close(client);
+    ::close(silent);
+}
+
 } // namespace kelvox

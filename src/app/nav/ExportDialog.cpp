@@ -2,10 +2,7 @@
 
 #include "app/Text.h"
 #include "app/Theme.h"
-#include "exchange/CSVExport.h"
-#include "exchange/ExchangeFile.h"
 #include "exchange/GPXExport.h"
-#include "exchange/KMLExport.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
@@ -16,64 +13,6 @@
 #include <QVBoxLayout>
 
 namespace kelvox {
-
-namespace {
-ExchangeRecords everything(Program& program)
-{
-    ExchangeRecords records;
-    for (const auto& waypoint : program.waypoints().objectEnumerator())
-        records.waypoints.push_back(*waypoint);
-    for (const auto& route : program.routes().objectEnumerator()) {
-        ExchangeRecords::NamedRoute copy{route->name, {}};
-        for (const auto& reference : route->waypointReferences())
-            copy.points.push_back(*reference->waypoint);
-        records.routes.push_back(std::move(copy));
-    }
-    for (const auto& point : program.tracks().objectEnumerator())
-        records.tracks.push_back(*point);
-    return records;
-}
-
-/// The exporters write what the model's search matches, within the group that is selected.
-class MatchAll {
-public:
-    MatchAll(WaypointsModel& waypoints, const std::string& group)
-        : m_waypoints(waypoints)
-        , m_group(waypoints.selectedGroup())
-    {
-        m_waypoints.setSelectedGroup(group);
-        m_waypoints.setMatch(std::nullopt);
-    }
-    MatchAll(const MatchAll&) = delete;
-    MatchAll& operator=(const MatchAll&) = delete;
-    ~MatchAll() { m_waypoints.setSelectedGroup(m_group); }
-
-private:
-    WaypointsModel& m_waypoints;
-    std::string m_group;
-};
-} // namespace
-
-Result<void> exportTo(Program& program, const ExportChoice& choice,
-                      const std::filesystem::path& file)
-{
-    using What = ExportChoice::What;
-    if (choice.what == What::Everything)
-        return writeExchangeFile(file, {}, everything(program));
-    const auto write = [&](const auto& writer) -> Result<void> {
-        if (choice.what == What::Route)
-            return writer.exportRoute(file, *choice.route);
-        if (choice.what == What::Tracks)
-            return writer.exportTracks(file, program.tracks());
-        const MatchAll all(program.waypoints(), choice.group);
-        return writer.exportWaypoints(file, program.waypoints());
-    };
-    if (KMLExport::isKML(file))
-        return write(KMLExport(program.settings()));
-    if (CSVExport::isCSV(file))
-        return write(CSVExport(textCatalog().strings(), UnitsModel::units()));
-    return write(GPXExport());
-}
 
 QString defaultExportName(Program& program, const ExportChoice& choice)
 {
@@ -165,14 +104,8 @@ void ExportDialog::save()
     dialog.selectFile(defaultExportName(m_actions.program(), choice()) + QLatin1Char('.') + ending);
     if (dialog.exec() != QDialog::Accepted)
         return;
-    const std::filesystem::path file(dialog.selectedFiles().front().toStdString());
-    const auto written = exportTo(m_actions.program(), choice(), file);
-    m_actions.host().showNote(written ? text("NSExportComplete") + QStringLiteral(": ")
-                                      + QString::fromStdString(file.string())
-                                      : text("NSExportIncomplete") + QStringLiteral(": ")
-                                      + QString::fromStdString(written.error().message));
-    if (written)
-        accept();
+    ExportJob::start(m_actions, choice(), dialog.selectedFiles().front().toStdString());
+    accept();
 }
 
 } // namespace kelvox

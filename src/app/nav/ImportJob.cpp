@@ -2,6 +2,7 @@
 
 #include "app/Text.h"
 #include "app/Theme.h"
+#include "app/nav/ProgressCard.h"
 #include "base/File.h"
 #include "devices/DeviceTransfer.h"
 #include "exchange/CSVExport.h"
@@ -14,16 +15,15 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <variant>
 
 namespace kelvox {
 
 namespace {
-constexpr auto progressDelay = std::chrono::milliseconds(400);
 constexpr qint64 turnTime = 25; ///< milliseconds of the main thread at once
 constexpr int checkEvery = 32; ///< records between looks at the clock
 
@@ -39,7 +39,6 @@ struct PassedOver { };
 /// What a file holds, in its order: routes refer to waypoints before them.
 struct ReadRecords final : ExchangeTarget {
     std::vector<std::variant<Waypoint, RoutePoint, RouteEnd, Track, PassedOver>> records;
-    std::shared_ptr<std::atomic<bool>> cancelled;
     QString fault; ///< what was wrong with the file, if anything
 
     std::string waypoint(Waypoint waypoint) override
@@ -61,8 +60,7 @@ struct ReadRecords final : ExchangeTarget {
 private:
     template <typename Record> void keep(Record&& record)
     {
-        if (!*cancelled)
-            records.emplace_back(std::forward<Record>(record));
+        records.emplace_back(std::forward<Record>(record));
     }
 };
 
@@ -138,9 +136,7 @@ ImportJob::ImportJob(NavActions& actions, QString from, const ExchangeRecords& r
 
 ImportJob::~ImportJob()
 {
-    *m_cancelled = true;
-    if (m_card)
-        m_card->disconnect(this);
+    m_cancelled.request_stop();
 }
 
 void ImportJob::readNext()
@@ -150,13 +146,13 @@ void ImportJob::readNext()
         return;
     }
     auto records = std::make_shared<ReadRecords>();
-    records->cancelled = m_cancelled;
     Program& program = m_actions.program();
+    auto options = ImportOptions::now(program.clock());
+    options.stop = m_cancelled.get_token();
     // Copies: the user may change units and language while the worker reads.
     program.pool().post([job = QPointer(this), records, file = m_files[m_next], as = m_as,
-                         options = ImportOptions::now(program.clock()),
-                         strings = textCatalog().strings(), units = UnitsModel::units(),
-                         &executor = program.executor()] {
+                         options = std::move(options), strings = textCatalog().strings(),
+                         units = UnitsModel::units(), &executor = program.executor()] {
         records->fault =
             QString::fromStdString(readFileInto(*records, file, as, options, strings, units));
         executor.post([job, records] {
@@ -168,7 +164,7 @@ void ImportJob::readNext()
 
 void ImportJob::fileRead(std::shared_ptr<ReadRecords> records)
 {
-    if (*m_cancelled)
+    if (m_cancelled.stop_requested())
         return;
     m_records = std::move(records);
     m_taken = 0;
@@ -224,8 +220,7 @@ void ImportJob::finish()
         summary = m_import->finish();
         m_import.reset(); // closes the step
     }
-    if (m_card)
-        m_card->disconnect(this);
+    m_cancelled.request_stop(); // too late for it from here on
     showSummary(summary);
     emit finished();
     deleteLater();
@@ -233,7 +228,8 @@ void ImportJob::finish()
 
 void ImportJob::cancel()
 {
-    *m_cancelled = true;
+    if (!m_cancelled.request_stop())
+        return;
     m_turn.stop();
     m_progressDelay.stop();
     if (m_import) {
@@ -243,10 +239,8 @@ void ImportJob::cancel()
         if (program.waypoints().history().revision() != before)
             program.undo();
     }
-    if (m_card) {
-        m_card->disconnect(this);
+    if (m_card)
         m_actions.host().showCard({}, nullptr);
-    }
     m_actions.host().showNote(text("NSImportCancelled"));
     emit finished();
     deleteLater();
@@ -254,26 +248,11 @@ void ImportJob::cancel()
 
 void ImportJob::showProgress()
 {
-    auto* content = new QWidget;
-    m_card = content;
-    auto* rows = new QVBoxLayout(content);
-    rows->setContentsMargins(0, 0, Theme::theme().px(8), 0);
     const QString name = m_files.empty()
         ? m_from
         : QString::fromStdString(m_files[std::min(m_next, m_files.size() - 1)].filename().string());
-    auto* label = new QLabel(text("NSImporting", {name}), content);
-    label->setWordWrap(true);
-    auto* bar = new QProgressBar(content);
-    bar->setRange(0, 0);
-    bar->setTextVisible(false);
-    bar->setAccessibleName(label->text());
-    auto* button = new QPushButton(text("NSCancel"), content);
-    button->setMinimumHeight(Theme::theme().px(40));
-    connect(button, &QPushButton::clicked, this, &ImportJob::cancel);
-    rows->addWidget(label);
-    rows->addWidget(bar);
-    rows->addWidget(button, 0, Qt::AlignRight);
-    m_actions.host().showCard(text("NSImport"), content);
+    m_card = makeProgressCard(text("NSImporting", {name}), this, [this] { cancel(); });
+    m_actions.host().showCard(text("NSImport"), m_card);
 }
 
 void ImportJob::showSummary(const ImportSummary& summary)
@@ -317,7 +296,19 @@ void ImportJob::showSummary(const ImportSummary& summary)
         buttons->addWidget(button);
     };
     const EditHistory& history = m_actions.program().waypoints().history();
+    const bool haveLines = summary.routes.created > 0 && m_as == As::Found
+        && std::ranges::any_of(m_files, [](const auto& file) { return KMLExport::isKML(file); });
     if (something) {
+        if (haveLines)
+            add("NSImportAsTracks",
+                [actions, &history, files = m_files, revision = history.revision()] {
+                    if (history.revision() != revision) {
+                        actions->host().showNote(text("NSUndoTooLate"));
+                        return;
+                    }
+                    actions->program().undo();
+                    ImportJob::start(*actions, files, As::Tracks);
+                });
         add("NSShowOnChart", [actions, extent = m_extent] { actions->showOnChart(extent); });
         if (summary.waypoints.created + summary.routes.created + summary.trackPoints > 0)
             add("NSUndo", [actions, &history, revision = history.revision()] {

@@ -9,9 +9,9 @@
 #include <QPointer>
 #include <QTimer>
 
-#include <atomic>
 #include <filesystem>
 #include <memory>
+#include <stop_token>
 #include <vector>
 
 namespace kelvox {
@@ -55,7 +55,7 @@ private:
     QString m_from; ///< the receiver
     std::size_t m_next = 0;
     As m_as;
-    std::shared_ptr<std::atomic<bool>> m_cancelled = std::make_shared<std::atomic<bool>>(false);
+    std::stop_source m_cancelled;
     std::shared_ptr<ReadRecords> m_records; ///< of the file at work
     std::size_t m_taken = 0;
     std::unique_ptr<ModelImport> m_import;

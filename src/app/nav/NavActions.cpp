@@ -49,6 +49,18 @@ Rect boundsOf(const std::vector<Position>& positions)
     }
     return box;
 }
+
+std::vector<std::filesystem::path> filesToImport(QWidget& window)
+{
+    QFileDialog dialog(&window, text("NSImportTitle"), {}, text("NSImportFilter"));
+    dialog.setOption(QFileDialog::DontUseNativeDialog); // the toolkit's own darkens with the chart
+    dialog.setFileMode(QFileDialog::ExistingFiles);
+    std::vector<std::filesystem::path> files;
+    if (dialog.exec() == QDialog::Accepted)
+        for (const QString& name : dialog.selectedFiles())
+            files.emplace_back(name.toStdString());
+    return files;
+}
 } // namespace
 
 NavActions::NavActions(ChartHost& host, NavSelection& selection, QObject* parent)
@@ -452,15 +464,20 @@ void NavActions::sendToReceiver(const QString& name, ExchangeRecords records)
 
 void NavActions::importFiles()
 {
-    QFileDialog dialog(&m_host.window(), text("NSImportTitle"), {}, text("NSImportFilter"));
-    dialog.setOption(QFileDialog::DontUseNativeDialog); // the toolkit's own darkens with the chart
-    dialog.setFileMode(QFileDialog::ExistingFiles);
-    if (dialog.exec() != QDialog::Accepted)
-        return;
-    std::vector<std::filesystem::path> files;
-    for (const QString& name : dialog.selectedFiles())
-        files.emplace_back(name.toStdString());
-    ImportJob::start(*this, std::move(files));
+    if (auto files = filesToImport(m_host.window()); !files.empty())
+        ImportJob::start(*this, std::move(files));
+}
+
+void NavActions::importRoutes()
+{
+    if (auto files = filesToImport(m_host.window()); !files.empty())
+        ImportJob::start(*this, std::move(files), ImportJob::As::Routes);
+}
+
+void NavActions::importTracks()
+{
+    if (auto files = filesToImport(m_host.window()); !files.empty())
+        ImportJob::start(*this, std::move(files), ImportJob::As::Tracks);
 }
 
 void NavActions::exportRecords()

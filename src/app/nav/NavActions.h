@@ -76,6 +76,8 @@ public:
     /// Opens the panel of the receiver with these records to be sent.
     void sendToReceiver(const QString& name, ExchangeRecords records);
     void importFiles();
+    void importRoutes(); ///< as above; the lines of KML and the tables of CSV become routes
+    void importTracks(); ///< or tracks
     void exportRecords();
     void printRoute(const RoutePointer& route);
     void printChart();

@@ -145,7 +145,9 @@ void PrintJob::paint(const ChartPicture& picture)
         QPainter painter(&image);
         painter.setRenderHint(QPainter::Antialiasing);
         painter.scale(picture.frame.pixelsPerPoint, picture.frame.pixelsPerPoint);
-        m_actions.host().chart().paintLayers(painter, picture.frame, *m_portrayal, 1);
+        m_actions.host().chart().paintLayers(
+            painter, picture.frame,
+            {.portrayal = *m_portrayal, .medium = LayerLook::Medium::Paper});
     }
     m_actions.host().chart().update(); // the layers have learnt the paper's places
     QPainter painter;

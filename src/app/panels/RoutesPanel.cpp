@@ -437,7 +437,7 @@ void RoutesPanel::moreMenu()
     menu.addSeparator();
     add("NSRouteFromTrack", m_actions.program().tracks().count() > 1,
         [this] { m_actions.routeFromTrack(m_actions.selection().trackLine()); });
-    add("NSImport", true, [this] { m_actions.importFiles(); });
+    add("NSImport", true, [this] { m_actions.importRoutes(); });
     add("NSExport", true, [this] { m_actions.exportRecords(); });
     menu.addSeparator();
     add("NSSendToReceiver", !selected().empty(), [this] {

@@ -115,7 +115,7 @@ TracksPanel::TracksPanel(NavActions& actions)
     });
     connect(m_delete, &QPushButton::clicked, this,
             [this] { m_actions.removeTrackLines(selected()); });
-    connect(m_import, &QToolButton::clicked, &actions, &NavActions::importFiles);
+    connect(m_import, &QToolButton::clicked, &actions, &NavActions::importTracks);
     connect(m_export, &QToolButton::clicked, &actions, &NavActions::exportRecords);
     m_list->setContextMenuPolicy(Qt::ActionsContextMenu);
     auto* send = new QAction(text("NSSendToReceiver"), m_list);

@@ -44,6 +44,25 @@ QString fieldText(GribField field)
     name[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(name[0])));
     return text("NSGrib" + name);
 }
+
+/// All that is switched on, for globe viewers. On a worker.
+std::string placemarksOf(const GribSnapshot& shown, const std::stop_token& stop)
+{
+    const GribController& weather = shown.weather();
+    const GribKml kml(shown.model());
+    const GribContourOptions contours{.field = weather.contourField};
+    std::string placemarks;
+    const auto add = [&](bool isShown, auto&& text) {
+        if (isShown && !stop.stop_requested())
+            placemarks += text();
+    };
+    add(weather.showWind, [&] { return kml.wind(weather.markers); });
+    add(weather.showCurrent, [&] { return kml.current(weather.markers); });
+    add(weather.showWaves, [&] { return kml.waves(weather.markers); });
+    add(weather.showContours, [&] { return kml.contours(contours); });
+    add(weather.showContours, [&] { return kml.labels(contours); });
+    return placemarks;
+}
 } // namespace
 
 bool isWeatherFile(const std::filesystem::path& file)
@@ -80,6 +99,13 @@ WeatherPanel::WeatherPanel(ChartHost& host)
     connect(&host.program(), &Program::unitsChanged, this, &WeatherPanel::updateValues);
     restyle();
     reload();
+}
+
+WeatherPanel::~WeatherPanel()
+{
+    // A large file must not hold up the end of the program.
+    m_loading.request_stop();
+    m_exporting.request_stop();
 }
 
 void WeatherPanel::buildFile()
@@ -119,7 +145,7 @@ void WeatherPanel::buildFile()
     m_progress->setRange(0, 0);
     m_cancel = new QPushButton(text("NSCancel"), this);
     connect(m_cancel, &QPushButton::clicked, this, [this] {
-        ++m_loading; // what comes now is not taken
+        m_loading.request_stop();
         reload();
     });
     loading->addWidget(m_progress, 1);
@@ -221,19 +247,20 @@ void WeatherPanel::chooseFile()
 void WeatherPanel::open(const std::filesystem::path& file)
 {
     setPlaying(false);
-    const int loading = ++m_loading;
+    m_loading.request_stop();
+    m_loading = std::stop_source();
     m_file->setText(text("NSReadingFile", {QString::fromStdString(file.filename().string())}));
     m_progress->show();
     m_cancel->show();
     Program& program = m_host.program();
     const QPointer<WeatherPanel> panel = this;
-    program.pool().post([file, loading, panel, &main = program.executor()] {
+    program.pool().post([file, panel, stop = m_loading.get_token(), &main = program.executor()] {
         // A model of its own: the program's is not for other threads.
         static const UnitsModel anyUnits; // only asked when values are shown
         auto model = std::make_shared<GribModel>(anyUnits);
-        auto read = std::make_shared<Result<void>>(model->loadGrib(file));
-        main.post([file, loading, panel, model, read] {
-            if (!panel || panel->m_loading != loading)
+        auto read = std::make_shared<Result<void>>(model->loadGrib(file, stop));
+        main.post([file, panel, stop, model, read] {
+            if (!panel || stop.stop_requested())
                 return;
             Program& owner = panel->m_host.program();
             if (*read) {
@@ -382,25 +409,25 @@ void WeatherPanel::exportKml()
                                                 nullptr, QFileDialog::DontUseNativeDialog);
     if (name.isEmpty())
         return;
-    const GribController& weather = m_host.program().weather();
-    const GribKml kml(m_host.program().gribModel());
-    std::string placemarks;
-    if (weather.showWind)
-        placemarks += kml.wind(weather.markers);
-    if (weather.showCurrent)
-        placemarks += kml.current(weather.markers);
-    if (weather.showWaves)
-        placemarks += kml.waves(weather.markers);
-    if (weather.showContours) {
-        const GribContourOptions contours{.field = weather.contourField};
-        placemarks += kml.contours(contours);
-        placemarks += kml.labels(contours);
-    }
-    const auto written =
-        KMLExport(m_host.program().settings())
-            .exportPlacemarks(name.toStdString(), placemarks, m_host.chart().center());
-    m_host.showNote(written ? text("NSExportComplete")
-                            : QString::fromStdString(written.error().message));
+    Program& program = m_host.program();
+    m_exporting = std::stop_source();
+    m_export->setEnabled(false);
+    m_host.showNote(text("NSExporting"));
+    program.pool().post([panel = QPointer(this), file = std::filesystem::path(name.toStdString()),
+                         shown = std::make_shared<const GribSnapshot>(program.weather()),
+                         writer = KMLExport(program.settings()), start = m_host.chart().center(),
+                         stop = m_exporting.get_token(), &main = program.executor()] {
+        const std::string placemarks = placemarksOf(*shown, stop);
+        auto written =
+            std::make_shared<Result<void>>(writer.exportPlacemarks(file, placemarks, start, stop));
+        main.post([panel, written] {
+            if (!panel)
+                return;
+            panel->m_export->setEnabled(true);
+            panel->m_host.showNote(*written ? text("NSExportComplete")
+                                            : QString::fromStdString(written->error().message));
+        });
+    });
 }
 
 } // namespace kelvox

@@ -5,6 +5,8 @@
 
 #include <QTimer>
 
+#include <stop_token>
+
 class QLabel;
 class QProgressBar;
 class QPushButton;
@@ -22,6 +24,7 @@ class WeatherPanel final : public SidePanel {
     Q_OBJECT
 public:
     explicit WeatherPanel(ChartHost& host);
+    ~WeatherPanel() override;
 
     /// Reads a file on a worker; one asked for later takes its place.
     void open(const std::filesystem::path& file);
@@ -59,7 +62,8 @@ private:
     QLabel* m_values = nullptr;
     QTreeWidget* m_fields = nullptr;
     QTimer m_playTimer;
-    int m_loading = 0; ///< counts the files asked for: only the last one is taken
+    std::stop_source m_loading; ///< of the file asked for last: only that one is taken
+    std::stop_source m_exporting;
 };
 
 } // namespace kelvox
