@@ -7,6 +7,7 @@
 #include "painting/GribPainter.h"
 #include "painting/RasterExport.h"
 #include "presentation/S52Lookup.h"
+#include "raster/RasterRenderer.h"
 #include "s57/S57CellLoader.h"
 
 #include <CLI/CLI.hpp>
@@ -74,6 +75,36 @@ bool isRaster(const std::filesystem::path& path)
         == 0;
 }
 
+PaletteScheme schemeOf(const std::string& palette)
+{
+    return palette == "day" ? PaletteScheme::Day
+        : palette == "dusk" ? PaletteScheme::Dusk
+                            : PaletteScheme::Night;
+}
+
+/// The image of a chart that does not say where it lies, as large as fits.
+QImage pictureOf(const BSBChart& chart, PaletteScheme scheme, PictureSize size)
+{
+    QImage picture(size.width, size.height, QImage::Format_ARGB32_Premultiplied);
+    if (picture.isNull())
+        return picture;
+    picture.fill(Qt::transparent);
+    const Size image = chart.size();
+    const double scale = std::min(size.width / image.width, size.height / image.height);
+    const auto toImage = [&](Point at) {
+        return Point{(at.x - size.width / 2.0) / scale + (image.width - 1) / 2,
+                     (size.height / 2.0 - at.y) / scale + (image.height - 1) / 2};
+    };
+    auto* pixels = reinterpret_cast<std::uint32_t*>(picture.bits());
+    const auto stride = static_cast<std::size_t>(picture.bytesPerLine()) / 4;
+    RasterRenderer::draw(chart, toImage, scheme, RasterRenderer::Borders::Ignore,
+                         {{pixels, stride * static_cast<std::size_t>(size.height)},
+                          size.width,
+                          size.height,
+                          stride});
+    return picture;
+}
+
 /// Raster charts among what was named and in its folders, finest first.
 std::vector<std::shared_ptr<const BSBChart>> loadRasters(const Options& options,
                                                          std::vector<Error>& problems)
@@ -97,6 +128,9 @@ std::vector<std::shared_ptr<const BSBChart>> loadRasters(const Options& options,
             loaded = chart->loadChart();
         if (!loaded)
             problems.push_back(loaded.error());
+        else if (!chart->hasCalibration() && options.paths.size() == 1
+                 && isRaster(options.paths.front()))
+            charts.push_back(std::move(chart)); // the picture alone was asked for
         else if (!chart->hasCalibration())
             problems.push_back({Error::Code::Unsupported, path.string() + ": has no place", 0});
         else
@@ -163,6 +197,12 @@ int render(const Options& options, const PortrayalSettings& settings, PictureSiz
     scene.rasters = loadRasters(options, problems);
     for (const auto& problem : problems)
         fail(problem.message);
+    if (scene.rasters.size() == 1 && !scene.rasters.front()->hasCalibration()) {
+        const QImage image = pictureOf(*scene.rasters.front(), schemeOf(options.palette), size);
+        return image.save(QString::fromStdString(options.output))
+            ? 0
+            : fail(options.output + ": cannot be written");
+    }
     if (!options.noBaseMap) {
         // Charts are drawn without it; but nothing else was asked for when none is named.
         if (auto map = BaseMap::load())
@@ -188,9 +228,7 @@ int render(const Options& options, const PortrayalSettings& settings, PictureSiz
         const int table = palette == "dusk" ? 2 : palette == "night" ? 3 : 1;
         presentation.setColorTable(settings.lowLight ? settings.colorTable() : table);
         scene.portrayal = presentation.portrayal();
-        scene.palette = palette == "day" ? PaletteScheme::Day
-            : palette == "dusk"          ? PaletteScheme::Dusk
-                                         : PaletteScheme::Night;
+        scene.palette = schemeOf(palette);
         return !scene.portrayal->colors.empty();
     };
     if (!setPalette(options.palette))
