@@ -622,6 +622,7 @@ int Style::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* 
     switch (hint) {
     case SH_ComboBox_Popup: // a list below, not a menu over the field
     case SH_EtchDisabledText:
+    case SH_DialogButtonBox_ButtonsHaveIcons:
     case SH_DockWidget_ButtonsHaveFrame:
         return 0;
     default:
