@@ -13,7 +13,7 @@ constexpr int millisecondsBetweenScenes = 150;
 constexpr int millisecondsToRescan = 2'000;
 constexpr int mostWatchedFolders = 1'000; ///< systems have few thousand watches for all programs
 
-ChartLibrary::Options optionsFor(const S52Model& symbols, std::shared_mutex& mutex,
+ChartLibrary::Options optionsFor(const S52Model& symbols, ChartSharing& sharing,
                                  std::filesystem::path index)
 {
     ChartLibrary::Options options;
@@ -22,18 +22,20 @@ ChartLibrary::Options optionsFor(const S52Model& symbols, std::shared_mutex& mut
     options.scanThreads = cores;
     // The other cores are left to the painter.
     options.shelf.threads = std::clamp(cores / 2, 1U, 4U);
-    options.shelf.prepare = [&symbols, &mutex](const CellGeometry& geometry) {
-        const std::shared_lock lock(mutex);
+    options.shelf.shared = sharing.charts;
+    options.shelf.prepare = [&symbols, &sharing](const CellGeometry& geometry) {
+        const std::shared_lock lock(sharing.symbolsMutex);
         S52Lookup::setS52Lupts(geometry.cell(), symbols);
     };
     return options;
 }
 } // namespace
 
-ChartSet::ChartSet(Executor& main, const S52Model& symbols, std::filesystem::path index,
-                   QObject* parent)
+ChartSet::ChartSet(Executor& main, const S52Model& symbols, ChartSharing& sharing,
+                   std::filesystem::path index, QObject* parent)
     : QObject(parent)
-    , m_library(main, optionsFor(symbols, m_symbolsMutex, std::move(index)),
+    , m_sharing(sharing)
+    , m_library(main, optionsFor(symbols, sharing, std::move(index)),
                 {
                     .shownChanged = [this] { shownChanged(); },
                     .chartsChanged = [this] { emit chartsChanged(); },
@@ -140,7 +142,7 @@ void ChartSet::setView(const ViewFrame& frame)
 void ChartSet::changeSymbols(const std::function<void()>& change)
 {
     {
-        const std::unique_lock lock(m_symbolsMutex);
+        const std::unique_lock lock(m_sharing.symbolsMutex);
         change();
     }
     m_library.prepareAgain();

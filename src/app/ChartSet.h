@@ -13,6 +13,12 @@
 
 namespace kelvox {
 
+/// What the chart sets of all windows have in common.
+struct ChartSharing {
+    std::shared_mutex symbolsMutex; ///< held exclusively while the choice of symbols changes
+    std::shared_ptr<SharedCharts> charts = std::make_shared<SharedCharts>();
+};
+
 /// The charts of the window: the library of the user's folders, and what of it is to be drawn now.
 ///
 /// Main thread. Looks for changed files on its own when a folder changes and whenever the program
@@ -20,10 +26,10 @@ namespace kelvox {
 class ChartSet final : public QObject {
     Q_OBJECT
 public:
-    /// @param main the event loop's thread, outlives the object like the symbols
+    /// @param main the event loop's thread, outlives the object like the symbols and the sharing
     /// @param index the cache file of the library; empty to keep none
-    ChartSet(Executor& main, const S52Model& symbols, std::filesystem::path index,
-             QObject* parent = nullptr);
+    ChartSet(Executor& main, const S52Model& symbols, ChartSharing& sharing,
+             std::filesystem::path index, QObject* parent = nullptr);
     ~ChartSet() override;
 
     /// Folders, files and catalogues in addition to the present ones; returns at once.
@@ -73,7 +79,7 @@ private:
     void shownChanged();
     void watchFolders();
 
-    std::shared_mutex m_symbolsMutex; ///< held exclusively while the choice of symbols changes
+    ChartSharing& m_sharing;
     QTimer m_sceneTimer; ///< running while the last change of the scene is fresh
     bool m_sceneWaits = false;
     QFileSystemWatcher m_watcher;

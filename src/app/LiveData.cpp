@@ -1,5 +1,6 @@
 #include "app/LiveData.h"
 
+#include "devices/ReceiverSetup.h"
 #include "navigation/NavMath.h"
 
 #include <algorithm>
@@ -53,6 +54,9 @@ LiveData::LiveData(const Services& services, ReaderThread::Pace pace, QObject* p
         [this](std::string_view line) { m_instrumentsConnection.writeToRepeatTarget(line); });
     m_ais.setNotification(&m_notification);
     m_gpsConnection.setInstruments(&m_instrumentsConnection);
+    m_gpsConnection.setGarminSetup(garminSetup(services.clock, [this](const std::string& ident) {
+        m_gpsConnection.monitor().append("#### Receiver: " + ident);
+    }));
     m_network.setObserver(&m_tcpip);
 
     connect(&m_vesselTimer, &QTimer::timeout, this, &LiveData::vesselChanged);
@@ -170,6 +174,38 @@ void LiveData::open(ConsumerRole role)
 void LiveData::close(ConsumerRole role)
 {
     connection(role).close();
+}
+
+void LiveData::lendPort(const std::string& port, const std::function<void()>& isFree)
+{
+    const auto waiting = std::make_shared<int>(1);
+    const auto oneIsFree = [waiting, isFree] {
+        if (--*waiting == 0)
+            isFree();
+    };
+    const std::string path = Serial::devicePath(port);
+    for (const auto role : {ConsumerRole::GPS, ConsumerRole::Instruments, ConsumerRole::AIS})
+        if (connection(role).usesPort(path)) {
+            ++*waiting;
+            connection(role).lendPort(oneIsFree);
+        }
+    oneIsFree();
+}
+
+bool LiveData::isPortOpen(const std::string& port)
+{
+    const std::string path = Serial::devicePath(port);
+    const ConsumerRole roles[] = {ConsumerRole::GPS, ConsumerRole::Instruments, ConsumerRole::AIS};
+    return std::ranges::any_of(roles, [&](ConsumerRole role) {
+        return connection(role).usesPort(path)
+            && status(role).state != ConnectionStatus::State::Closed;
+    });
+}
+
+void LiveData::takePortBack()
+{
+    for (const auto role : {ConsumerRole::GPS, ConsumerRole::Instruments, ConsumerRole::AIS})
+        connection(role).takePortBack();
 }
 
 void LiveData::connectNetwork()

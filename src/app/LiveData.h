@@ -66,6 +66,11 @@ public:
     /// Opens the serial port of the settings; the simulated vessel gives way to the real one.
     void open(ConsumerRole role);
     void close(ConsumerRole role);
+    /// Closes the connections that have the port, for a transfer with the receiver on it, and calls
+    /// back when it is free.
+    void lendPort(const std::string& port, const std::function<void()>& isFree);
+    [[nodiscard]] bool isPortOpen(const std::string& port); ///< or to be opened, by a connection
+    void takePortBack(); ///< opens again what was open before
     /// Opens and closes network connections as the settings say.
     void connectNetwork();
 

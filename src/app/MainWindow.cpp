@@ -89,7 +89,8 @@ QToolButton* makeButton(QWidget* parent, const QString& name)
 MainWindow::MainWindow(Program& program)
     : m_program(program)
     , m_commands(*this, program.settings())
-    , m_charts(program.executor(), program.library(), program.places().cache / "charts.sqlite")
+    , m_charts(program.executor(), program.library(), program.chartSharing(),
+               program.places().cache / "charts.sqlite")
     , m_area(new QWidget(this))
     , m_chart(new ChartView(program.pool(), m_area))
     , m_topBar(makeFrame(QStringLiteral("topBar"), this))
@@ -453,7 +454,7 @@ void MainWindow::restyle()
     m_statusLine->setFixedHeight(theme.px(28));
     m_statusLine->layout()->setContentsMargins(theme.px(12), 0, theme.px(12), 0);
     static_cast<QHBoxLayout*>(m_statusLine->layout())->setSpacing(theme.px(20));
-    m_rail->layout()->setContentsMargins(0, theme.px(8), 0, theme.px(8));
+    m_rail->layout()->setContentsMargins(0, theme.px(8), 1, theme.px(8));
     for (const auto& [button, icon] : m_railButtons) {
         if (button->defaultAction())
             button->defaultAction()->setIcon(theme.icon(icon));
@@ -464,6 +465,7 @@ void MainWindow::restyle()
             button->setFixedSize(theme.px(40), theme.px(40));
     }
     layOutRail();
+    fitInstruments();
     const char* const words[] = {"NSDay", "NSDusk", "NSNight"};
     const auto scheme = static_cast<int>(m_program.scheme());
     m_schemeButton->setText(text(words[scheme]));
@@ -757,6 +759,7 @@ void MainWindow::rememberView()
 void MainWindow::open(const std::vector<std::filesystem::path>& paths)
 {
     m_fitWhenLoaded = true;
+    m_fittedView.reset();
     // The user's own charts take the place of the demo's.
     if (!std::exchange(m_remembersCharts, true))
         m_charts.setPlaces({});
@@ -863,22 +866,27 @@ void MainWindow::connectCharts()
             choose();
     });
     choose();
-    if (m_program.settings().boolean("simplifiedSymbols"))
-        chooseSymbols();
+    chooseSymbols();
 }
 
 void MainWindow::chartsFound()
 {
     // Something to see at once; the whole is fitted when all is known.
-    if (m_fitWhenLoaded && m_scene.cells.empty() && m_scene.rasters.empty())
+    if (m_fitWhenLoaded && m_scene.cells.empty() && m_scene.rasters.empty()
+        && (!m_fittedView || m_fittedView == shownView())) {
         fitAll();
+        m_fittedView = shownView();
+    }
     updateStatus();
 }
 
 void MainWindow::scanFinished(int found)
 {
-    if (std::exchange(m_fitWhenLoaded, false) && found > 0)
+    // Not from under the hand of a user who has gone elsewhere meanwhile.
+    const bool isMoved = m_fittedView && m_fittedView != shownView();
+    if (std::exchange(m_fitWhenLoaded, false) && found > 0 && !isMoved)
         fitAll();
+    m_fittedView.reset();
     updateStatus();
 }
 
@@ -915,6 +923,12 @@ void MainWindow::fitAll()
 {
     if (const Rect bounds = m_charts.bounds(); !bounds.isEmpty())
         m_chart->showBounds(bounds);
+}
+
+std::tuple<double, double, int> MainWindow::shownView() const
+{
+    const Position center = m_chart->center();
+    return {center.latitude, center.longitude, m_chart->scale()};
 }
 
 void MainWindow::closeCharts()

@@ -16,6 +16,8 @@
 #include <QPushButton>
 
 #include <memory>
+#include <optional>
+#include <tuple>
 
 class QScrollArea;
 
@@ -95,6 +97,7 @@ private:
     void scanFinished(int found);
     void rememberCharts();
     void fitAll();
+    [[nodiscard]] std::tuple<double, double, int> shownView() const;
     void closeCharts();
     void updateScene();
     void updateStatus();
@@ -141,6 +144,8 @@ private:
     SettingsDialog* m_settingsDialog = nullptr;
     ChartScene m_scene;
     bool m_fitWhenLoaded = false;
+    /// What was fitted when the first charts were found, in latitude, longitude and scale.
+    std::optional<std::tuple<double, double, int>> m_fittedView;
     bool m_remembersCharts = false; ///< not while the demo charts are shown
     NSPositionFormatter m_latitude;
     NSPositionFormatter m_longitude;

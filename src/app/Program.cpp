@@ -48,6 +48,7 @@ Program::Program(Places places)
     , m_sleepWatch(SleepWatch::machineBus())
     , m_live({(m_settings.setStandards(standardSettings()), m_settings), textCatalog().strings(),
               m_alarms, m_clock, m_executor, m_companions})
+    , m_devices(m_live, m_executor)
     , m_history(sharedEditHistory())
     , m_waypoints(WaypointsModel::waypoints())
     , m_routes(RoutesModel::routes())

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "app/AlarmCenter.h"
+#include "app/ChartSet.h"
 #include "app/CompanionBus.h"
+#include "app/DeviceSession.h"
 #include "app/LiveData.h"
 #include "app/MainExecutor.h"
 #include "app/SleepWatch.h"
@@ -54,6 +56,7 @@ public:
     [[nodiscard]] WorkerPool& pool() { return m_pool; }
     [[nodiscard]] AlarmCenter& alarms() { return m_alarms; }
     [[nodiscard]] LiveData& live() { return m_live; }
+    [[nodiscard]] DeviceSession& devices() { return m_devices; }
     [[nodiscard]] WaypointsModel& waypoints() { return m_waypoints; }
     [[nodiscard]] RoutesModel& routes() { return m_routes; }
     [[nodiscard]] TracksModel& tracks() { return m_tracks; }
@@ -63,6 +66,7 @@ public:
     [[nodiscard]] GribModel& gribModel() { return m_grib; }
     [[nodiscard]] GribController& weather() { return m_weather; }
     [[nodiscard]] S52Model& library() { return m_library; }
+    [[nodiscard]] ChartSharing& chartSharing() { return m_chartSharing; }
     [[nodiscard]] S52Render& presentation() { return m_presentation; }
     /// The coasts of the world; null until they are read, and where none are installed.
     [[nodiscard]] const std::shared_ptr<const BaseMap>& baseMap() const { return m_baseMap; }
@@ -108,6 +112,7 @@ private:
     CompanionBus m_companions;
     SleepWatch m_sleepWatch;
     LiveData m_live;
+    DeviceSession m_devices;
     EditHistory& m_history;
     WaypointsModel& m_waypoints;
     RoutesModel& m_routes;
@@ -119,6 +124,7 @@ private:
     GribController m_weather;
     S52Model& m_library;
     S52Render m_presentation;
+    ChartSharing m_chartSharing;
     ColorScheme m_scheme = ColorScheme::Day;
     std::shared_ptr<const BaseMap> m_baseMap;
     QTimer m_saveTimer;

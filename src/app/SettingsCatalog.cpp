@@ -279,8 +279,8 @@ void addState(std::vector<Item>& items)
 {
     for (const char* key : {"window.geometry", "window.state", "chart.scale", "chart.latitude",
                             "chart.longitude", "chart.rotation", "chart.follow", "chart.courseUp",
-                            "charts.places", "panel.*", "shortcut.*", "instruments.shown",
-                            "weather.file", "firstStart.*", "settings.group"})
+                            "charts.places", "device.*", "panel.*", "shortcut.*",
+                            "instruments.shown", "weather.file", "firstStart.*", "settings.group"})
         items.push_back({.key = key});
 }
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
@@ -576,6 +577,25 @@ QSize Style::sizeFromContents(ContentsType type, const QStyleOption* option, con
     default:
         return whole;
     }
+}
+
+QIcon Style::standardIcon(StandardPixmap picture, const QStyleOption* option,
+                          const QWidget* widget) const
+{
+    QIcon icon = QProxyStyle::standardIcon(picture, option, widget);
+    const Theme& theme = Theme::theme();
+    if (theme.scheme() == ColorScheme::Day)
+        return icon;
+    QIcon dim;
+    for (const int size : {16, 24, 32, 48}) {
+        QPixmap pixmap = icon.pixmap(size);
+        QPainter painter(&pixmap);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        painter.fillRect(pixmap.rect(), theme.colors().text);
+        painter.end();
+        dim.addPixmap(pixmap);
+    }
+    return dim;
 }
 
 int Style::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const

@@ -6,6 +6,7 @@
 #include "devices/NmeaTransfer.h"
 
 #include <charconv>
+#include <condition_variable>
 #include <mutex>
 #include <utility>
 
@@ -61,6 +62,7 @@ DeviceResult performTransfer(const DeviceJob& job, GPSTransfer& transfer)
     }
     result.ident = transfer.ident();
     result.renamed = transfer.renamed();
+    result.sent = transfer.sent();
     result.leftOut = transfer.leftOut();
     return result;
 }
@@ -80,10 +82,12 @@ void handOver(const ExchangeRecords& records, ExchangeTarget& target)
         target.passedOver();
 }
 
-/// What the thread says and the main thread has not heard yet: the latest counts.
 struct DeviceTransfer::Shared {
     std::mutex mutex;
+    std::condition_variable_any proceeds;
+    /// What the thread says and the main thread has not heard yet: the latest counts.
     std::optional<TransferProgress> progress;
+    bool mayProceed = false;
 };
 
 DeviceTransfer::DeviceTransfer(Executor& main, const Clock& clock)
@@ -105,7 +109,9 @@ bool DeviceTransfer::start(DeviceJob job, Handlers handlers)
         return false;
     m_isRunning = true;
     m_handlers = std::move(handlers);
-    m_thread = std::jthread([this, job = std::move(job)](std::stop_token stop) {
+    m_shared->mayProceed = false;
+    const bool asks = static_cast<bool>(m_handlers.prepare);
+    m_thread = std::jthread([this, asks, job = std::move(job)](const std::stop_token& stop) {
         const auto showProgress = [this](const TransferProgress& progress) {
             const std::scoped_lock lock(m_shared->mutex);
             if (std::exchange(m_shared->progress, progress))
@@ -126,13 +132,30 @@ bool DeviceTransfer::start(DeviceJob job, Handlers handlers)
                     m_handlers.message(key);
             });
         };
-        auto result = performTransfer(
-            job, m_clock,
-            {.stop = std::move(stop), .progress = showProgress, .message = showMessage});
+        const auto prepare = [this, stop](const std::string& key) {
+            m_main.post([this, key] {
+                if (m_handlers.prepare)
+                    m_handlers.prepare(key);
+            });
+            std::unique_lock lock(m_shared->mutex);
+            m_shared->proceeds.wait(lock, stop, [this] { return m_shared->mayProceed; });
+            m_shared->mayProceed = false;
+        };
+        GPSTransfer::Hooks hooks{.stop = stop, .progress = showProgress, .message = showMessage};
+        if (asks)
+            hooks.prepare = prepare;
+        auto result = performTransfer(job, m_clock, std::move(hooks));
         auto kept = std::make_shared<DeviceResult>(std::move(result));
         m_main.post([this, kept = std::move(kept)] { finish(std::move(*kept)); });
     });
     return true;
+}
+
+void DeviceTransfer::proceed()
+{
+    const std::scoped_lock lock(m_shared->mutex);
+    m_shared->mayProceed = true;
+    m_shared->proceeds.notify_all();
 }
 
 void DeviceTransfer::cancel()

@@ -38,6 +38,7 @@ struct DeviceResult {
     ExchangeRecords records = {}; ///< received; nothing at all unless all of it came
     std::string ident = {}; ///< what the receiver says it is
     DeviceNames::Renamed renamed = {}; ///< sent under other names: the user's, the device's
+    GPSTransfer::Sent sent = {};
     std::size_t leftOut = 0; ///< not sent: without a place, or of a kind the receiver does not take
 
     [[nodiscard]] bool succeeded() const { return !error; }
@@ -63,7 +64,10 @@ public:
     struct Handlers {
         std::function<void(const TransferProgress&)> progress =
             {}; ///< the latest; some are skipped
-        std::function<void(const std::string& key)> message = {}; ///< e.g. "NSSlaveMode"
+        std::function<void(const std::string& key)> message = {}; ///< e.g. "NSFailConnect"
+        /// What the user has to do at the receiver, e.g. "NSSlaveMode": the transfer waits for
+        /// proceed(). Without it the message is told and the transfer goes on.
+        std::function<void(const std::string& key)> prepare = {};
         /// Once for each start; another may be started here, or this object destroyed.
         std::function<void(DeviceResult)> finished = {};
     };
@@ -76,6 +80,7 @@ public:
 
     /// @return false while another job is running
     bool start(DeviceJob job, Handlers handlers);
+    void proceed(); ///< the user has done what was asked for
     /// finished() follows, after the receiver was left in order.
     void cancel();
     [[nodiscard]] bool isRunning() const { return m_isRunning; }

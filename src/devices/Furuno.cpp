@@ -181,7 +181,7 @@ Result<void> Furuno::receiveRecords(const ExchangeKinds& kinds, ExchangeRecords&
 
 Result<void> Furuno::sendRecords(const ExchangeRecords& records)
 {
-    leaveOut(records.tracks.size());
+    leaveOutTracks(records.tracks.size());
     if (records.waypoints.empty() && records.routes.empty())
         return records.tracks.empty()
             ? Result<void>()
@@ -206,7 +206,10 @@ Result<void> Furuno::sendRecords(const ExchangeRecords& records)
             sentences.push_back(std::move(sentence));
     sentences.emplace_back(lastLine);
 
-    message("NSStartLoadingAtReceiver");
+    // Lines go one way: what is said before the receiver listens is lost.
+    prepare("NSStartLoadingAtReceiver");
+    if (isStopped())
+        return cancelled();
     TransferProgress state{.phase = Phase::Sending, .kind = Kind::Any, .total = sentences.size()};
     progress(state);
     m_inList = true;

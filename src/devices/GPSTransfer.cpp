@@ -49,6 +49,8 @@ template <typename Work> Result<void> GPSTransfer::inPrivate(const Work& work)
         return cancelled();
     m_renamed.clear();
     m_leftOut = 0;
+    m_tracksLeftOut = 0;
+    m_sent = {};
     progress({});
     auto done = startPrivate();
     if (done)
@@ -80,7 +82,13 @@ Result<void> GPSTransfer::send(const ExchangeKinds& kinds, const ExchangeRecords
             }
         if (kinds.tracks)
             sent.tracks = placed(records.tracks, m_leftOut);
-        return sendRecords(sent);
+        auto done = sendRecords(sent);
+        m_leftOut += m_tracksLeftOut;
+        if (done)
+            m_sent = {.waypoints = sent.waypoints.size(),
+                      .routes = sent.routes.size(),
+                      .trackPoints = sent.tracks.size() - m_tracksLeftOut};
+        return done;
     });
 }
 
@@ -94,6 +102,14 @@ void GPSTransfer::message(const std::string& key) const
 {
     if (m_hooks.message)
         m_hooks.message(key);
+}
+
+void GPSTransfer::prepare(const std::string& key) const
+{
+    if (m_hooks.prepare)
+        m_hooks.prepare(key);
+    else
+        message(key);
 }
 
 void GPSTransfer::addRenamed(const DeviceNames::Renamed& renamed)

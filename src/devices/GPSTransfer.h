@@ -52,7 +52,16 @@ public:
         std::stop_token stop = {};
         std::function<void(const TransferProgress&)> progress = {};
         std::function<void(const std::string& key)> message =
-            {}; ///< for the user, e.g. "NSSlaveMode"
+            {}; ///< for the user, e.g. "NSFailConnect"
+        /// Something that the user has to do at the receiver first, e.g. "NSSlaveMode": returns
+        /// when it is done, or when a stop is asked for. Without it the message is only told.
+        std::function<void(const std::string& key)> prepare = {};
+    };
+    /// What went into a receiver.
+    struct Sent {
+        std::size_t waypoints = 0; ///< without those that only routes go through
+        std::size_t routes = 0;
+        std::size_t trackPoints = 0;
     };
 
     GPSTransfer(const Clock& clock, Hooks hooks, const Timing& timing);
@@ -82,6 +91,8 @@ public:
     [[nodiscard]] const DeviceNames::Renamed& renamed() const { return m_renamed; }
     /// Sent records that were left out: without a position, or of a kind that the receiver lacks.
     [[nodiscard]] std::size_t leftOut() const { return m_leftOut; }
+    /// Of the last send() that succeeded.
+    [[nodiscard]] const Sent& sent() const { return m_sent; }
 
 protected:
     virtual void prepareToReceive(const ExchangeKinds&) { } ///< tells the user what to do
@@ -95,9 +106,10 @@ protected:
     [[nodiscard]] bool isStopped() const { return m_hooks.stop.stop_requested(); }
     void progress(const TransferProgress& progress) const;
     void message(const std::string& key) const;
+    void prepare(const std::string& key) const;
     void setIdent(std::string ident) { m_ident = std::move(ident); }
     void addRenamed(const DeviceNames::Renamed& renamed);
-    void leaveOut(std::size_t count = 1) { m_leftOut += count; }
+    void leaveOutTracks(std::size_t points) { m_tracksLeftOut = points; }
     /// Waits until the line is quiet, throwing away what comes; at most so many seconds.
     void makeQuiet(double longest) const;
     /// Waits, throwing away what comes; a stop ends it.
@@ -117,6 +129,8 @@ private:
     std::string m_ident;
     DeviceNames::Renamed m_renamed;
     std::size_t m_leftOut = 0;
+    std::size_t m_tracksLeftOut = 0;
+    Sent m_sent;
 };
 
 /// Whether a line of the track begins at this point: lines are told apart by their colour.

@@ -130,7 +130,7 @@ void Garmin::startAfresh()
 void Garmin::prepareToReceive(const ExchangeKinds& kinds)
 {
     if (kinds.waypoints)
-        message("NSSlaveMode");
+        prepare("NSSlaveMode");
 }
 
 Result<void> Garmin::receiveRecords(const ExchangeKinds& kinds, ExchangeRecords& records)

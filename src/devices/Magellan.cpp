@@ -383,7 +383,7 @@ Result<void> Magellan::receiveRecords(const ExchangeKinds& kinds, ExchangeRecord
 
 Result<void> Magellan::sendRecords(const ExchangeRecords& records)
 {
-    leaveOut(records.tracks.size());
+    leaveOutTracks(records.tracks.size());
     if (records.waypoints.empty() && records.routes.empty())
         return records.tracks.empty()
             ? Result<void>()

@@ -204,7 +204,7 @@ Result<void> NmeaTransfer::receiveRecords(const ExchangeKinds& kinds, ExchangeRe
 
 Result<void> NmeaTransfer::sendRecords(const ExchangeRecords& records)
 {
-    leaveOut(records.tracks.size());
+    leaveOutTracks(records.tracks.size());
     if (records.waypoints.empty() && records.routes.empty())
         return records.tracks.empty()
             ? Result<void>()

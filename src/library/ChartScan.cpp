@@ -129,11 +129,11 @@ ChartScan::ChartScan(fs::path index, unsigned readers)
 ChartRecords ChartScan::known(const std::vector<fs::path>& places) const
 {
     ChartRecords records;
-    for (const auto& [path, record] : m_known)
+    for (const auto& entry : m_known)
         if (std::any_of(places.begin(), places.end(), [&](const fs::path& place) {
-                return liesIn(path, isCatalog(place) ? place.parent_path() : place);
+                return liesIn(entry.first, isCatalog(place) ? place.parent_path() : place);
             }))
-            records.push_back(record);
+            records.push_back(entry.second);
     return records;
 }
 

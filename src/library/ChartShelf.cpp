@@ -111,24 +111,36 @@ void ChartShelf::run()
 ChartShelf::Outcome ChartShelf::load(const std::shared_ptr<const ChartRecord>& record) const
 {
     Outcome outcome;
-    outcome.chart.record = record;
     outcome.preparation = m_preparation;
-    if (record->kind == ChartKind::Cell) {
-        auto loaded = S57CellLoader::load(record->path);
+    if (m_options.shared)
+        outcome.chart = m_options.shared->find(record);
+    const bool isNew = outcome.chart.isEmpty();
+    if (isNew) {
+        outcome.chart.record = record;
+        read(*record, outcome);
+    }
+    if (outcome.chart.cell && m_options.prepare)
+        m_options.prepare(*outcome.chart.cell);
+    if (isNew && m_options.shared && !outcome.chart.isEmpty())
+        m_options.shared->add(outcome.chart);
+    return outcome;
+}
+
+void ChartShelf::read(const ChartRecord& record, Outcome& outcome) const
+{
+    if (record.kind == ChartKind::Cell) {
+        auto loaded = S57CellLoader::load(record.path);
         if (!loaded) {
             outcome.notes.push_back(loaded.error());
-            return outcome;
+            return;
         }
-        auto geometry = std::make_shared<const CellGeometry>(loaded->cell);
-        if (m_options.prepare)
-            m_options.prepare(*geometry);
-        outcome.chart.cell = std::move(geometry);
-        outcome.chart.bytes = static_cast<std::size_t>(record->stamp.size) * memoryPerFileByte;
+        outcome.chart.cell = std::make_shared<const CellGeometry>(loaded->cell);
+        outcome.chart.bytes = static_cast<std::size_t>(record.stamp.size) * memoryPerFileByte;
         outcome.notes = std::move(loaded->notes);
-        return outcome;
+        return;
     }
     auto chart = std::make_shared<BSBChart>();
-    auto loaded = chart->loadHeader(record->path);
+    auto loaded = chart->loadHeader(record.path);
     if (loaded)
         loaded = chart->loadChart(tileBudget);
     if (loaded)
@@ -136,7 +148,6 @@ ChartShelf::Outcome ChartShelf::load(const std::shared_ptr<const ChartRecord>& r
     else
         outcome.notes.push_back(loaded.error());
     outcome.chart.bytes = tileBudget;
-    return outcome;
 }
 
 void ChartShelf::take(Outcome outcome)
@@ -147,7 +158,7 @@ void ChartShelf::take(Outcome outcome)
         const std::lock_guard lock(m_shared.mutex);
         m_shared.atWork.erase(record.path);
     }
-    if (!outcome.chart.cell && !outcome.chart.raster) {
+    if (outcome.chart.isEmpty()) {
         m_failed[record.path] = record.stamp;
     } else {
         if (outcome.chart.cell && m_options.prepare && outcome.preparation != m_preparation)

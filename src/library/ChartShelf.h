@@ -2,9 +2,7 @@
 
 #include "base/Executor.h"
 #include "base/Result.h"
-#include "library/ChartRecord.h"
-#include "raster/BSBChart.h"
-#include "s57/CellGeometry.h"
+#include "library/SharedCharts.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -17,14 +15,6 @@
 
 namespace kelvox {
 
-/// A chart in memory: the record it was loaded by and one of the two.
-struct LoadedChart {
-    std::shared_ptr<const ChartRecord> record;
-    std::shared_ptr<const CellGeometry> cell;
-    std::shared_ptr<const BSBChart> raster;
-    std::size_t bytes = 0; ///< of memory, by estimate
-};
-
 /// The charts in memory. Loads what is wanted on threads of its own, the most needed first, and
 /// keeps what was used last within a budget.
 ///
@@ -34,7 +24,9 @@ public:
     struct Options {
         std::size_t budget = std::size_t{384} << 20; ///< bytes; what is wanted now may exceed it
         unsigned threads = 1;
-        /// Run on a loading thread for each cell before anybody else sees it.
+        /// What the other windows have; null when there are none.
+        std::shared_ptr<SharedCharts> shared;
+        /// Run on a loading thread for each cell before this shelf shows it.
         std::function<void(const CellGeometry&)> prepare;
     };
     /// Something arrived or failed.
@@ -84,6 +76,7 @@ private:
     };
     void run();
     [[nodiscard]] Outcome load(const std::shared_ptr<const ChartRecord>& record) const;
+    void read(const ChartRecord& record, Outcome& outcome) const;
     void take(Outcome outcome);
     void evict();
 

@@ -35,6 +35,14 @@ void NmeaConnection::applicationWillWake()
         open();
 }
 
+bool NmeaConnection::usesPort(const std::string& path) const
+{
+    const PortPlan plan = m_settings.portPlan();
+    return (plan.hasPort && Serial::devicePath(plan.port) == path)
+        || (plan.repeat == PortPlan::Repeat::OwnPort
+            && Serial::devicePath(plan.repeatPort) == path);
+}
+
 void NmeaConnection::lendPort(std::function<void()> isFree)
 {
     if (m_reader.status().state == ConnectionStatus::State::Closed) {

@@ -52,6 +52,8 @@ public:
     void setInstruments(NmeaConnection* instruments) { m_instruments = instruments; }
     /// What a Garmin receiver is told after opening.
     void setGarminSetup(PortPlan::Setup setup) { m_garminSetup = std::move(setup); }
+    /// Whether the settings name the port, for reading or for repeating.
+    [[nodiscard]] bool usesPort(const std::string& path) const;
     /// Closes the port, if it is open or to be opened, for somebody else who needs it, and calls
     /// back on the main thread when it is free.
     void lendPort(std::function<void()> isFree);

@@ -5,7 +5,11 @@
 #include "exchange/ExchangeFile.h"
 #include "tool/Command.h"
 
+#include <poll.h>
+#include <unistd.h>
+
 #include <csignal>
+#include <cstdio>
 #include <ctime>
 #include <map>
 #include <memory>
@@ -45,6 +49,18 @@ private:
     std::stop_source m_stop;
     std::jthread m_watcher;
 };
+
+/// Where somebody sits at the terminal; a script has done its part already.
+void waitForEnter(const std::stop_token& stop)
+{
+    if (::isatty(STDIN_FILENO) == 0)
+        return;
+    std::fprintf(stderr, "Press Enter when that is done.\n");
+    pollfd input{STDIN_FILENO, POLLIN, 0};
+    while (!stop.stop_requested() && ::poll(&input, 1, 200) == 0) { }
+    if (input.revents != 0)
+        (void)std::getchar();
+}
 
 void show(const TransferProgress& progress)
 {
@@ -107,9 +123,14 @@ void run(Tool& tool, const Options& options, DeviceJob::Direction direction)
             return tool.fail(options.file + ": " + read.error().message);
     }
     const StopOnSignal stop;
-    GPSTransfer::Hooks hooks{.stop = stop.token(), .message = [](const std::string& key) {
-                                 std::fprintf(stderr, "%s\n", englishStrings().text(key).c_str());
-                             }};
+    const auto tell = [](const std::string& key) {
+        std::fprintf(stderr, "%s\n", englishStrings().text(key).c_str());
+    };
+    GPSTransfer::Hooks hooks{.stop = stop.token(), .message = tell};
+    hooks.prepare = [&](const std::string& key) {
+        tell(key);
+        waitForEnter(stop.token());
+    };
     if (!options.quiet)
         hooks.progress = show;
     const auto result = performTransfer(job, SystemClock(), std::move(hooks));

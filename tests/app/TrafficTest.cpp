@@ -81,7 +81,7 @@ private:
                        .state = m_folder.path() / "s",
                        .resources = m_folder.path() / "r"}};
     ChartView m_chart{m_program.pool()};
-    ChartSet m_charts{m_program.executor(), m_program.library(), {}};
+    ChartSet m_charts{m_program.executor(), m_program.library(), m_program.chartSharing(), {}};
     QWidget m_window;
     Commands m_commands{m_window, m_program.settings()};
 };

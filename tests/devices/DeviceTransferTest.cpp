@@ -2,6 +2,7 @@
 
 #include "devices/GarminEmulator.h"
 #include "devices/GarminRecords.h"
+#include "devices/LiveReceiver.h"
 #include "devices/ReceiverSetup.h"
 #include "devices/Records.h"
 #include "exchange/ModelImport.h"
@@ -62,35 +63,6 @@ TEST(DeviceNames, NeverOneNameForTwoWaypoints)
         EXPECT_TRUE(given.insert(many.name(waypoint)).second) << many.name(waypoint);
     }
 }
-
-/// An emulated receiver that answers in real time, on a thread of its own.
-class LiveReceiver {
-public:
-    explicit LiveReceiver(GarminEmulator& emulator)
-        : m_emulator(emulator)
-        , m_thread([this](const std::stop_token& stop) { run(stop); })
-    {
-    }
-    [[nodiscard]] const std::string& path() const { return m_terminal.path(); }
-
-private:
-    void run(const std::stop_token& stop)
-    {
-        while (!stop.stop_requested()) {
-            m_emulator.hear(m_terminal.read(1));
-            for (const auto& said : m_emulator.takeSaid()) {
-                if (said.pulledOut) {
-                    m_terminal.unplug();
-                    return;
-                }
-                m_terminal.write(said.bytes);
-            }
-        }
-    }
-    GarminEmulator& m_emulator;
-    PseudoTerminal m_terminal;
-    std::jthread m_thread;
-};
 
 struct Desk {
     DeviceResult perform(DeviceJob job)

@@ -57,6 +57,7 @@ protected:
         options.index = index();
         options.shelf.budget = budget;
         options.shelf.threads = 2;
+        options.shelf.shared = m_shared;
         options.shelf.prepare = [this](const CellGeometry&) { ++m_prepared; };
         ChartLibrary::Events events;
         events.scanned = [this](const ScanReport& report) {
@@ -94,6 +95,7 @@ protected:
 
     TemporaryFolder m_folder;
     MainLoop m_main;
+    std::shared_ptr<SharedCharts> m_shared; ///< by the libraries made after it was set
     ScanReport m_report;
     int m_scans = 0;
     int m_pictures = 0;
@@ -214,6 +216,29 @@ TEST_F(ChartLibraryTest, ShowsTheNewContentOfAChangedFile)
     const auto after = library->shown().cells.front();
     EXPECT_NE(before, after);
     EXPECT_EQ(after->cell().s57Features().size(), before->cell().s57Features().size() + 1);
+}
+
+TEST_F(ChartLibraryTest, ASecondWindowTakesItsChartsFromTheFirst)
+{
+    m_shared = std::make_shared<SharedCharts>();
+    const auto show = [this](ChartLibrary& library) {
+        library.setPlaces({charts()});
+        report();
+        library.setView(around(10.05, 59.05));
+        waitForCharts(library);
+        return library.shown().cells.front();
+    };
+    auto first = make();
+    const auto second = make();
+    const auto cell = show(*first);
+    EXPECT_EQ(show(*second), cell);
+    EXPECT_EQ(m_prepared, 2) << "each window sees to the symbols it shows";
+    first.reset();
+    EXPECT_EQ(second->shown().cells.front(), cell);
+
+    ASSERT_TRUE(squareCell("KV5TESTA", 10.0, 59, 9'000).save(charts()));
+    const auto third = make();
+    EXPECT_NE(show(*third), cell) << "the file has changed since";
 }
 
 TEST_F(ChartLibraryTest, GivesBackTheMemoryOfWhatWasNotUsedForLongest)

@@ -37,7 +37,7 @@ public:
     {
         std::string text;
         pollfd waiting{m_master.get(), POLLIN, 0};
-        while (text.size() < length && ::poll(&waiting, 1, 10000) > 0) {
+        while (text.size() < length && ::poll(&waiting, 1, 10000) > 0 && hasBytes(waiting)) {
             std::array<char, 4096> block;
             const auto count = ::read(m_master.get(), block.data(), block.size());
             if (count <= 0)
@@ -51,7 +51,7 @@ public:
     {
         std::string text;
         pollfd waiting{m_master.get(), POLLIN, 0};
-        while (::poll(&waiting, 1, 0) > 0) {
+        while (::poll(&waiting, 1, 0) > 0 && hasBytes(waiting)) {
             std::array<char, 4096> block;
             const auto count = ::read(m_master.get(), block.data(), block.size());
             if (count <= 0)
@@ -63,6 +63,9 @@ public:
     void unplug() { m_master.close(); }
 
 private:
+    // A line that nobody has open hangs up; a read then waits for whoever opens it next.
+    static bool hasBytes(const pollfd& line) { return (line.revents & POLLIN) != 0; }
+
     FileDescriptor m_master;
     std::string m_path;
 };

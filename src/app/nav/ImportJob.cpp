@@ -3,6 +3,7 @@
 #include "app/Text.h"
 #include "app/Theme.h"
 #include "base/File.h"
+#include "devices/DeviceTransfer.h"
 #include "exchange/CSVExport.h"
 #include "exchange/CSVImport.h"
 #include "exchange/FileKind.h"
@@ -98,6 +99,12 @@ ImportJob* ImportJob::start(NavActions& actions, std::vector<std::filesystem::pa
     return new ImportJob(actions, std::move(files), as);
 }
 
+ImportJob* ImportJob::start(NavActions& actions, const QString& from,
+                            const ExchangeRecords& records)
+{
+    return new ImportJob(actions, from, records);
+}
+
 bool ImportJob::canRead(const std::filesystem::path& file)
 {
     return KMLExport::isKML(file) || CSVExport::isCSV(file) || GPXExport::isGPX(file)
@@ -114,7 +121,19 @@ ImportJob::ImportJob(NavActions& actions, std::vector<std::filesystem::path> fil
     m_progressDelay.setSingleShot(true);
     connect(&m_progressDelay, &QTimer::timeout, this, &ImportJob::showProgress);
     m_progressDelay.start(progressDelay);
-    readNext();
+    if (!m_files.empty())
+        readNext();
+}
+
+ImportJob::ImportJob(NavActions& actions, QString from, const ExchangeRecords& records)
+    : ImportJob(actions, {}, As::Found)
+{
+    m_from = std::move(from);
+    auto read = std::make_shared<ReadRecords>();
+    read->cancelled = m_cancelled;
+    handOver(records, *read);
+    // Not before the caller has connected what it wants to hear.
+    QTimer::singleShot(0, this, [this, read] { fileRead(read); });
 }
 
 ImportJob::~ImportJob()
@@ -126,7 +145,7 @@ ImportJob::~ImportJob()
 
 void ImportJob::readNext()
 {
-    if (m_next == m_files.size()) {
+    if (m_next >= m_files.size()) {
         finish();
         return;
     }
@@ -239,8 +258,10 @@ void ImportJob::showProgress()
     m_card = content;
     auto* rows = new QVBoxLayout(content);
     rows->setContentsMargins(0, 0, Theme::theme().px(8), 0);
-    const auto file = m_files[std::min(m_next, m_files.size() - 1)].filename();
-    auto* label = new QLabel(text("NSImporting", {QString::fromStdString(file.string())}), content);
+    const QString name = m_files.empty()
+        ? m_from
+        : QString::fromStdString(m_files[std::min(m_next, m_files.size() - 1)].filename().string());
+    auto* label = new QLabel(text("NSImporting", {name}), content);
     label->setWordWrap(true);
     auto* bar = new QProgressBar(content);
     bar->setRange(0, 0);
@@ -309,10 +330,12 @@ void ImportJob::showSummary(const ImportSummary& summary)
             });
     }
     rows->addLayout(buttons);
-    const QString name = QString::fromStdString(m_files.front().filename().string());
-    m_actions.host().showCard(m_files.size() == 1 ? text("NSImported", {name})
-                                                  : countedText("NSImportedFiles", m_files.size()),
-                              content);
+    m_actions.host().showCard(
+        m_files.empty() ? text("NSReceivedFrom", {m_from})
+            : m_files.size() == 1
+            ? text("NSImported", {QString::fromStdString(m_files.front().filename().string())})
+            : countedText("NSImportedFiles", m_files.size()),
+        content);
 }
 
 } // namespace kelvox

@@ -27,6 +27,10 @@ public:
     enum class As { Found, Routes, Tracks }; ///< what lines of KML and tables of CSV become
     static ImportJob* start(NavActions& actions, std::vector<std::filesystem::path> files,
                             As as = As::Found);
+    /// The same with what a receiver sent.
+    /// @param from words for it in the card
+    static ImportJob* start(NavActions& actions, const QString& from,
+                            const ExchangeRecords& records);
     /// GPX, KML, KMZ and CSV by their endings, GPX also by what stands in it.
     [[nodiscard]] static bool canRead(const std::filesystem::path& file);
     ~ImportJob() override;
@@ -38,6 +42,7 @@ signals:
 
 private:
     ImportJob(NavActions& actions, std::vector<std::filesystem::path> files, As as);
+    ImportJob(NavActions& actions, QString from, const ExchangeRecords& records);
     void readNext();
     void fileRead(std::shared_ptr<ReadRecords> records);
     void takeOver();
@@ -46,7 +51,8 @@ private:
     void showSummary(const ImportSummary& summary);
 
     NavActions& m_actions;
-    std::vector<std::filesystem::path> m_files;
+    std::vector<std::filesystem::path> m_files; ///< none: from a receiver
+    QString m_from; ///< the receiver
     std::size_t m_next = 0;
     As m_as;
     std::shared_ptr<std::atomic<bool>> m_cancelled = std::make_shared<std::atomic<bool>>(false);

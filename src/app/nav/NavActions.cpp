@@ -6,9 +6,11 @@
 #include "app/Theme.h"
 #include "app/nav/ExportDialog.h"
 #include "app/nav/ImportJob.h"
+#include "app/nav/NavRecords.h"
 #include "app/nav/NavText.h"
 #include "app/nav/PrintJob.h"
 #include "app/nav/RouteTool.h"
+#include "app/panels/DevicesPanel.h"
 #include "app/panels/RoutesPanel.h"
 #include "app/panels/TracksPanel.h"
 #include "app/panels/WaypointsPanel.h"
@@ -97,6 +99,9 @@ void NavActions::addCommands()
     for (const auto& [id, panel, key] : panels)
         c.add(id, menuGroup, key,
               [this, name = QString::fromLatin1(panel)] { m_host.openPanel(name); });
+    // Both lead to where the receiver and what to send are chosen.
+    for (const char* id : {"device.receive", "device.send"})
+        c.add(id, "NSMenuFile", {}, [this] { m_host.openPanel(QStringLiteral("devices")); });
     c.add("file.import", "NSMenuFile", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_I),
           [this] { importFiles(); });
     c.add("file.export", "NSMenuFile", QKeySequence(Qt::CTRL | Qt::Key_E),
@@ -413,6 +418,11 @@ void NavActions::addWaypointToMenu(QMenu& menu, const WaypointPointer& waypoint)
     const QString name = QString::fromStdString(waypoint->name);
     menu.addAction(text("NSGotoNamed", {name}), this, [this, waypoint] { gotoWaypoint(waypoint); });
     menu.addAction(text("NSEditNamed", {name}), this, [this, waypoint] { openWaypoint(waypoint); });
+    menu.addAction(text("NSSendNamed", {name}), this, [this, waypoint, name] {
+        ExchangeRecords records;
+        records.waypoints.push_back(*waypoint);
+        sendToReceiver(name, std::move(records));
+    });
     menu.addAction(text("NSDeleteNamed", {name}), this,
                    [this, waypoint] { removeWaypoints({waypoint}); });
 }
@@ -426,7 +436,18 @@ void NavActions::addRouteToMenu(QMenu& menu, const RoutePointer& route, std::siz
                    [this, route, index] { openRoute(route, index); });
     menu.addAction(text("NSExtendRoute"), this, [this, route] { extendRoute(route); });
     menu.addAction(text("NSReverseRoute"), this, [this, route] { reverseRoute(route); });
+    menu.addAction(text("NSSendNamed", {name}), this, [this, route, name] {
+        ExchangeRecords records;
+        addRoute(*route, records);
+        sendToReceiver(name, std::move(records));
+    });
     menu.addAction(text("NSDeleteNamed", {name}), this, [this, route] { removeRoutes({route}); });
+}
+
+void NavActions::sendToReceiver(const QString& name, ExchangeRecords records)
+{
+    if (auto* panel = dynamic_cast<DevicesPanel*>(m_host.openPanel(QStringLiteral("devices"))))
+        panel->choose(name, std::move(records));
 }
 
 void NavActions::importFiles()

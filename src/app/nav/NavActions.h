@@ -15,6 +15,7 @@ class QMenu;
 namespace kelvox {
 
 class RouteTool;
+struct ExchangeRecords;
 
 /// What the user can do with waypoints, routes and tracks in a window, whether by mouse, menu, key
 /// or panel: every way does the same and tells the same. Main thread.
@@ -72,6 +73,8 @@ public:
     void addRouteToMenu(QMenu& menu, const RoutePointer& route, std::size_t index);
     void addWaypointToMenu(QMenu& menu, const WaypointPointer& waypoint);
 
+    /// Opens the panel of the receiver with these records to be sent.
+    void sendToReceiver(const QString& name, ExchangeRecords records);
     void importFiles();
     void exportRecords();
     void printRoute(const RoutePointer& route);

@@ -13,6 +13,7 @@
 #include "app/panels/AisPanel.h"
 #include "app/panels/AlarmsPanel.h"
 #include "app/panels/ConnectionsPanel.h"
+#include "app/panels/DevicesPanel.h"
 #include "app/panels/GpsPanel.h"
 #include "app/panels/InstrumentsPanel.h"
 #include "app/panels/RoutesPanel.h"
@@ -99,6 +100,7 @@ void addPanelsAndLayers(MainWindow& window)
     window.addPanel(new RoutesPanel(navigation));
     window.addPanel(new TracksPanel(navigation));
     window.addPanel(new ConnectionsPanel(window));
+    window.addPanel(new DevicesPanel(navigation));
     window.addPanel(new AlarmsPanel(window));
 }
 

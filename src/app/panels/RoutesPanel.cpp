@@ -3,6 +3,7 @@
 #include "app/ClearAction.h"
 #include "app/Text.h"
 #include "app/Theme.h"
+#include "app/nav/NavRecords.h"
 #include "app/nav/NavText.h"
 #include "app/panels/ListView.h"
 
@@ -439,6 +440,15 @@ void RoutesPanel::moreMenu()
     add("NSImport", true, [this] { m_actions.importFiles(); });
     add("NSExport", true, [this] { m_actions.exportRecords(); });
     menu.addSeparator();
+    add("NSSendToReceiver", !selected().empty(), [this] {
+        ExchangeRecords records;
+        for (const auto& chosen : selected())
+            addRoute(*chosen, records);
+        m_actions.sendToReceiver(records.routes.size() == 1
+                                     ? QString::fromStdString(records.routes.front().name)
+                                     : countedText("NSChosenRoutes", records.routes.size()),
+                                 std::move(records));
+    });
     add("NSDeleteRoute", !selected().empty(), [this] { m_actions.removeRoutes(selected()); });
     menu.exec(m_more->mapToGlobal(QPoint(0, m_more->height())));
 }

@@ -2,6 +2,7 @@
 
 #include "app/Text.h"
 #include "app/Theme.h"
+#include "app/nav/NavRecords.h"
 #include "app/panels/ListView.h"
 
 #include <QCheckBox>
@@ -116,7 +117,15 @@ TracksPanel::TracksPanel(NavActions& actions)
             [this] { m_actions.removeTrackLines(selected()); });
     connect(m_import, &QToolButton::clicked, &actions, &NavActions::importFiles);
     connect(m_export, &QToolButton::clicked, &actions, &NavActions::exportRecords);
-    auto* erase = new QAction(m_list);
+    m_list->setContextMenuPolicy(Qt::ActionsContextMenu);
+    auto* send = new QAction(text("NSSendToReceiver"), m_list);
+    connect(send, &QAction::triggered, this, [this] {
+        if (auto records = trackLinesAt(m_actions.program(), selected()); !records.tracks.empty())
+            m_actions.sendToReceiver(countedText("NSExportTracks", records.tracks.size()),
+                                     std::move(records));
+    });
+    m_list->addAction(send);
+    auto* erase = new QAction(text("NSDelete"), m_list);
     erase->setShortcut(QKeySequence::Delete);
     erase->setShortcutContext(Qt::WidgetShortcut);
     connect(erase, &QAction::triggered, m_delete, &QPushButton::click);

@@ -6,6 +6,7 @@
 #include "app/Theme.h"
 #include "app/panels/ListView.h"
 #include "app/panels/WaypointEditor.h"
+#include "exchange/ExchangeTarget.h"
 
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -103,7 +104,11 @@ WaypointsPanel::WaypointsPanel(NavActions& actions)
             [this] { m_actions.removeWaypoints(selected()); });
     connect(m_import, &QToolButton::clicked, &actions, &NavActions::importFiles);
     connect(m_export, &QToolButton::clicked, &actions, &NavActions::exportRecords);
-    auto* erase = new QAction(m_list);
+    m_list->setContextMenuPolicy(Qt::ActionsContextMenu);
+    auto* send = new QAction(text("NSSendToReceiver"), m_list);
+    connect(send, &QAction::triggered, this, &WaypointsPanel::sendSelected);
+    m_list->addAction(send);
+    auto* erase = new QAction(text("NSDelete"), m_list);
     erase->setShortcut(QKeySequence::Delete);
     erase->setShortcutContext(Qt::WidgetShortcut);
     connect(erase, &QAction::triggered, m_delete, &QPushButton::click);
@@ -237,6 +242,19 @@ std::vector<WaypointPointer> WaypointsPanel::selected() const
     for (const int row : m_list->selectedRows())
         waypoints.push_back(m_table->at(row));
     return waypoints;
+}
+
+void WaypointsPanel::sendSelected()
+{
+    const auto chosen = selected();
+    if (chosen.empty())
+        return;
+    ExchangeRecords records;
+    for (const auto& waypoint : chosen)
+        records.waypoints.push_back(*waypoint);
+    m_actions.sendToReceiver(chosen.size() == 1 ? QString::fromStdString(chosen.front()->name)
+                                                : countedText("NSChosenWaypoints", chosen.size()),
+                             std::move(records));
 }
 
 void WaypointsPanel::rowChosen()

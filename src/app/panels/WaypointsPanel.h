@@ -34,6 +34,7 @@ private:
     void refresh();
     void refreshGroups();
     void followSelection();
+    void sendSelected();
     void rowChosen();
     void groupChosen();
     void groupMenu();
