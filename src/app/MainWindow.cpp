@@ -20,6 +20,7 @@
 #include <QLocale>
 #include <QMenu>
 #include <QPainter>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScroller>
 #include <QShortcut>
@@ -245,7 +246,16 @@ void MainWindow::buildCommands()
         other->m_charts.setPlaces(m_charts.places());
         other->m_chart->centerOn(m_chart->center());
         other->m_chart->setScale(m_chart->scale());
-        other->resize(size());
+        // Side by side where the screen has room for both.
+        const QRect room = screen()->availableGeometry();
+        const int half = room.width() / 2;
+        if (half >= minimumWidth() && !isFullScreen()) {
+            showNormal();
+            setGeometry(room.x(), room.y(), half, room.height());
+            other->setGeometry(room.x() + half, room.y(), half, room.height());
+        } else {
+            other->move(pos() + QPoint(40, 40));
+        }
         other->show();
     });
     c.add("file.save", file, QKeySequence::Save, [this] {
@@ -444,7 +454,7 @@ void MainWindow::restyle()
     m_statusLine->setFixedHeight(theme.px(28));
     m_statusLine->layout()->setContentsMargins(theme.px(12), 0, theme.px(12), 0);
     static_cast<QHBoxLayout*>(m_statusLine->layout())->setSpacing(theme.px(20));
-    m_rail->layout()->setContentsMargins(0, theme.px(8), 0, theme.px(8));
+    m_rail->layout()->setContentsMargins(0, theme.px(8), 1, theme.px(8));
     for (const auto& [button, icon] : m_railButtons) {
         if (button->defaultAction())
             button->defaultAction()->setIcon(theme.icon(icon));
@@ -455,6 +465,7 @@ void MainWindow::restyle()
             button->setFixedSize(theme.px(40), theme.px(40));
     }
     layOutRail();
+    fitInstruments();
     const char* const words[] = {"NSDay", "NSDusk", "NSNight"};
     const auto scheme = static_cast<int>(m_program.scheme());
     m_schemeButton->setText(text(words[scheme]));
@@ -514,13 +525,6 @@ void MainWindow::placeOverlays()
     m_panels->setTop(m_banner->isHidden() ? 0 : m_banner->height());
     const Theme& theme = Theme::theme();
     const int margin = theme.px(16);
-    if (!m_note->isHidden()) {
-        m_note->setFixedWidth(std::min(theme.px(480), m_area->width() - 2 * margin));
-        m_note->adjustSize();
-        m_note->move((m_area->width() - m_note->width()) / 2,
-                     m_area->height() - m_note->height() - 4 * margin);
-        m_note->raise();
-    }
     if (!m_card->isHidden()) {
         m_card->setFixedWidth(std::min(theme.px(380), m_area->width() - 2 * margin));
         if (m_cardContent) {
@@ -537,6 +541,22 @@ void MainWindow::placeOverlays()
         m_card->move(m_area->width() - m_card->width() - margin,
                      m_area->height() - m_card->height() - 3 * margin);
         m_card->raise();
+    }
+    if (!m_note->isHidden()) {
+        // In the middle of what panel and card leave of the chart, or else above the card.
+        int left = m_panels->isHidden() ? 0 : m_panels->width();
+        int right = m_card->isHidden() ? m_area->width() : m_card->x();
+        int bottom = m_area->height() - 4 * margin;
+        if (right - left < theme.px(280)) {
+            left = 0;
+            right = m_area->width();
+            if (!m_card->isHidden())
+                bottom = m_card->y() - margin;
+        }
+        m_note->setFixedWidth(std::min(theme.px(480), right - left - 2 * margin));
+        m_note->adjustSize();
+        m_note->move(left + (right - left - m_note->width()) / 2, bottom - m_note->height());
+        m_note->raise();
     }
     m_banner->raise();
 }
@@ -978,6 +998,7 @@ void MainWindow::updateAlarms()
 {
     const auto count = m_program.alarms().active().size();
     const Theme& theme = Theme::theme();
+    placeOverlays(); // what lies below the banner has moved
     m_alarmsButton->setText(QString::number(count));
     if (count > 0 && isMinimized()) { // it must be seen to be acknowledged
         showNormal();

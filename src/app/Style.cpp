@@ -4,6 +4,7 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QIcon>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
@@ -578,6 +579,25 @@ QSize Style::sizeFromContents(ContentsType type, const QStyleOption* option, con
     }
 }
 
+QIcon Style::standardIcon(StandardPixmap picture, const QStyleOption* option,
+                          const QWidget* widget) const
+{
+    QIcon icon = QProxyStyle::standardIcon(picture, option, widget);
+    const Theme& theme = Theme::theme();
+    if (theme.scheme() == ColorScheme::Day)
+        return icon;
+    QIcon dim;
+    for (const int size : {16, 24, 32, 48}) {
+        QPixmap pixmap = icon.pixmap(size);
+        QPainter painter(&pixmap);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        painter.fillRect(pixmap.rect(), theme.colors().text);
+        painter.end();
+        dim.addPixmap(pixmap);
+    }
+    return dim;
+}
+
 int Style::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const
 {
     switch (metric) {
@@ -622,6 +642,7 @@ int Style::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* 
     switch (hint) {
     case SH_ComboBox_Popup: // a list below, not a menu over the field
     case SH_EtchDisabledText:
+    case SH_DialogButtonBox_ButtonsHaveIcons:
     case SH_DockWidget_ButtonsHaveFrame:
         return 0;
     default:

@@ -44,6 +44,9 @@ public:
                                        const QWidget* widget) const override;
     [[nodiscard]] QSize sizeFromContents(ContentsType type, const QStyleOption* option,
                                          const QSize& size, const QWidget* widget) const override;
+    /// The toolkit's own pictures, in one dim colour outside the day.
+    [[nodiscard]] QIcon standardIcon(StandardPixmap picture, const QStyleOption* option,
+                                     const QWidget* widget) const override;
     [[nodiscard]] int pixelMetric(PixelMetric metric, const QStyleOption* option,
                                   const QWidget* widget) const override;
     [[nodiscard]] int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,

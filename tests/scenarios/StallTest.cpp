@@ -132,6 +132,7 @@ TEST_F(StallTest, ChartsLoadWithoutHoldingUpTheWindow)
     for (const auto& record : charts) {
         if (!record->isUsable() || ++shown > 6)
             continue;
+        std::cout << record->name << '\n';
         act("loading", [&] { chart().showBoundsAtStep(record->bounds); });
         waitFor([&] { return window().charts().missing() == 0; }, "the charts of the view",
                 std::chrono::seconds(60));

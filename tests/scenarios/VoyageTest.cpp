@@ -151,15 +151,18 @@ TEST_F(VoyageTest, ExportedAndImportedThroughTheDialogs)
 TEST_F(VoyageTest, AnchorWatchSoundsWhenTheVesselLeavesTheCircle)
 {
     start();
-    chart().setScale(12'000);
-    sail(chart().center(), 30);
+    window().showCard({}, nullptr);
+    chart().setScale(20'000);
+    sail(chart().center(), 1);
     program().settings().set("simulatorSteersToWaypoint", false);
-    waitFor([this] { return program().live().gps().speedOverGround() > 10; }, "a position");
-    program().settings().set("anchorDragDistance", 0.05);
+    waitFor([this] { return program().live().gps().speedOverGround() < 2; }, "the slow vessel");
+    program().settings().set("anchorDragDistance", 0.1);
+    window().openPanel(QStringLiteral("gps"));
     key(Qt::Key_A);
     ASSERT_TRUE(program().live().gps().anchorAlarm());
     waitForPicture();
     shot(QStringLiteral("anchor-watch"));
+    program().live().simulator().setSpeed(45); // it breaks out
     waitFor([this] { return program().alarms().isShown("NSAnchorAlarm"); }, "the anchor alarm",
             std::chrono::seconds(60));
     shot(QStringLiteral("anchor-alarm"));

@@ -203,12 +203,12 @@ void PrintJob::paintTable(QPainter& painter, int top)
     };
     constexpr std::array<Column, 8> columns{{{"NSNumber", 0.05, Qt::AlignRight},
                                              {"NSWaypoint", 0.19, Qt::AlignLeft},
-                                             {"NSPosition", 0.30, Qt::AlignLeft},
+                                             {"NSPosition", 0.26, Qt::AlignLeft},
                                              {"NSBearing", 0.10, Qt::AlignRight},
                                              {"NSLegDistance", 0.11, Qt::AlignRight},
                                              {"NSTotalDistance", 0.11, Qt::AlignRight},
                                              {"NSLegTime", 0.07, Qt::AlignRight},
-                                             {"NSTotalTime", 0.07, Qt::AlignRight}}};
+                                             {"NSTotalTime", 0.11, Qt::AlignRight}}};
     const int rowHeight = qRound(m_pixel * 15);
     const int gap = qRound(m_pixel * 3);
     QFont font = painter.font();

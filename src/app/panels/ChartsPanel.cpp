@@ -19,6 +19,8 @@
 #include <QTableView>
 #include <QVBoxLayout>
 
+#include <array>
+
 namespace kelvox {
 
 ChartsPanel::ChartsPanel(ChartHost& host, ChartOutlineLayer& outlines)
@@ -118,10 +120,10 @@ void ChartsPanel::buildList()
     header->setHighlightSections(false);
     header->setSectionResizeMode(QHeaderView::Interactive);
     header->setSectionResizeMode(ChartsModel::Title, QHeaderView::Stretch);
-    const int widths[] = {96, 0, 92, 84, 64};
+    constexpr std::array<int, ChartsModel::Columns> widths{92, 0, 84, 48, 84, 60};
     for (int column = 0; column < ChartsModel::Columns; ++column)
-        if (widths[column] > 0)
-            header->resizeSection(column, theme.px(widths[column]));
+        if (const int width = widths.at(static_cast<std::size_t>(column)); width > 0)
+            header->resizeSection(column, theme.px(width));
     rows->addWidget(m_list, 1);
     connect(m_search, &QLineEdit::textChanged, this, [this](const QString& words) {
         m_model->setFilter(words);
