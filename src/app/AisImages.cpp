@@ -101,10 +101,8 @@ void AisImages::paintSymbol(QPainter& painter, const AISSymbol& symbol, QPointF 
 
 const QImage& AisImages::labelImage(const std::string& name)
 {
-    const QByteArray key = QByteArray::fromStdString(name);
-    auto it = m_labels.find(key);
-    if (it != m_labels.end())
-        return *it;
+    if (const auto it = m_labels.find(name); it != m_labels.end())
+        return it->second;
     if (m_labels.size() >= mostLabels)
         m_labels.clear();
     const QString words = QString::fromStdString(name);
@@ -123,7 +121,7 @@ const QImage& AisImages::labelImage(const std::string& name)
     painter.setPen(m_look.line);
     painter.drawText(base, words);
     painter.end();
-    return *m_labels.insert(key, image);
+    return m_labels.emplace(name, image).first->second;
 }
 
 QSizeF AisImages::labelSize(const std::string& name)
@@ -146,11 +144,20 @@ LabelRoom::LabelRoom(double width, double height)
 {
 }
 
+int LabelRoom::place(double value, int count)
+{
+    return std::clamp(static_cast<int>(std::floor(value / cell)), 0, count - 1);
+}
+
+bool LabelRoom::isFree(QPointF point) const
+{
+    const auto row = static_cast<std::size_t>(place(point.y(), m_rows));
+    const auto column = static_cast<std::size_t>(place(point.x(), m_columns));
+    return m_taken[row * static_cast<std::size_t>(m_columns) + column] == 0;
+}
+
 bool LabelRoom::take(const QRectF& rectangle)
 {
-    const auto place = [](double value, int count) {
-        return std::clamp(static_cast<int>(std::floor(value / cell)), 0, count - 1);
-    };
     if (rectangle.right() < 0 || rectangle.bottom() < 0 || rectangle.left() > m_columns * cell
         || rectangle.top() > m_rows * cell)
         return false;

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace kelvox {
@@ -38,23 +39,26 @@ private:
     [[nodiscard]] const QImage& symbolImage(const AISSymbol& symbol, const QColor& line);
     [[nodiscard]] const QImage& labelImage(const std::string& name);
 
-    static constexpr qsizetype mostLabels = 20'000;
+    static constexpr std::size_t mostLabels = 20'000;
 
     Look m_look;
     QFont m_font;
     QHash<std::uint64_t, QImage> m_symbols;
-    QHash<QByteArray, QImage> m_labels;
+    std::unordered_map<std::string, QImage> m_labels;
 };
 
 /// Which places of a view are taken by names already, so that they do not lie on each other.
 class LabelRoom {
 public:
     LabelRoom(double width, double height);
+    /// Whether the point is; where it is not, nothing that holds it fits.
+    [[nodiscard]] bool isFree(QPointF point) const;
     /// Takes the rectangle when all of it is free.
     [[nodiscard]] bool take(const QRectF& rectangle);
 
 private:
     static constexpr double cell = 6; // widget pixels
+    [[nodiscard]] static int place(double value, int count);
     int m_columns;
     int m_rows;
     std::vector<std::uint8_t> m_taken;

@@ -126,8 +126,11 @@ void AisLayer::paintLabels(QPainter& painter, const ViewFrame& frame)
     for (auto it = symbols.rbegin(); it != symbols.rend(); ++it) {
         if (it->own || it->label.empty())
             continue;
+        const QPointF side = widgetPoint(it->labelAt, frame);
+        if (!room.isFree(side - QPointF(it->labelOnLeft ? 1 : 0, 0)))
+            continue; // most of them, where there are many
         const QSizeF size = m_images.labelSize(it->label);
-        QPointF place = widgetPoint(it->labelAt, frame) - QPointF(0, size.height() / 2);
+        QPointF place = side - QPointF(0, size.height() / 2);
         if (it->labelOnLeft)
             place.rx() -= size.width();
         if (room.take(QRectF(place, size)))

@@ -293,8 +293,32 @@ TEST(Furuno, UploadByThePublishedLayout)
     EXPECT_EQ(lines[11], "$GPRTE,2,2,C,01, WP0009");
     EXPECT_EQ(lines[12], "$PFEC,GPrtc,01,HARBOUR");
     EXPECT_EQ(lines[13], "$PFEC,GPxfr,CTL,E");
+    EXPECT_EQ(session.transfer.sent().waypoints, 1U);
+    EXPECT_EQ(session.transfer.sent().routes, 1U);
     mine.routes[0].points.resize(33, points[0]);
     EXPECT_EQ(session.transfer.send({}, mine).error().code, Code::OutOfRange);
+}
+
+TEST(Furuno, NoLineGoesOutBeforeTheReceiverListens)
+{
+    ManualClock clock;
+    std::stop_source stop;
+    ReciterEmulator receiver;
+    std::string asked;
+    Furuno furuno(clock,
+                  {.stop = stop.get_token(),
+                   .prepare =
+                       [&](const std::string& key) {
+                           asked = key;
+                           stop.request_stop(); // the user thinks better of it
+                       }},
+                  {});
+    furuno.setPort(std::make_unique<EmulatedLine>(clock, receiver));
+    ExchangeRecords mine;
+    mine.waypoints = {place("BAY", 1, 1)};
+    EXPECT_EQ(furuno.send({}, mine).error().code, Code::Cancelled);
+    EXPECT_EQ(asked, "NSStartLoadingAtReceiver");
+    EXPECT_TRUE(receiver.lines.empty());
 }
 
 TEST(Furuno, DownloadIsTakenWhenItsLastLineCame)

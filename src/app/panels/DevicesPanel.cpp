@@ -12,7 +12,6 @@
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScrollArea>
@@ -20,6 +19,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace kelvox {
 
@@ -120,7 +120,10 @@ DevicesPanel::DevicesPanel(NavActions& actions)
     connect(&program.live(), &LiveData::connectionsChanged, this, &DevicesPanel::refresh);
     for (const auto signal :
          {&Program::waypointsChanged, &Program::routesChanged, &Program::tracksChanged})
-        connect(&program, signal, this, &DevicesPanel::listChoices);
+        connect(&program, signal, this, [this] {
+            if (isVisible())
+                listChoices();
+        });
     restyle();
     refreshRunning();
 }
@@ -230,7 +233,8 @@ void DevicesPanel::restyle()
 void DevicesPanel::showEvent(QShowEvent* event)
 {
     SidePanel::showEvent(event);
-    fillPorts(m_port, port());
+    m_shownPort = port();
+    fillPorts(m_port, m_shownPort);
     listChoices();
     refresh();
 }
@@ -278,12 +282,13 @@ void DevicesPanel::listChoices()
         m_choices.push_back({label, std::move(records)});
     };
     add(text("NSExportEverything"), [&program] { return allRecords(program); });
-    add(countedText("NSExportWaypoints", program.waypoints().count()),
-        [&program] { return allWaypoints(program); });
-    add(countedText("NSAllRoutes", program.routes().count()),
-        [&program] { return allRoutes(program); });
-    add(countedText("NSExportTracks", program.tracks().count()),
-        [&program] { return wholeTrack(program); });
+    const auto addAll = [&](const char* key, std::size_t count, auto recordsOf) {
+        if (count > 0)
+            add(countedText(key, count), [&program, recordsOf] { return recordsOf(program); });
+    };
+    addAll("NSExportWaypoints", program.waypoints().count(), &allWaypoints);
+    addAll("NSAllRoutes", program.routes().count(), &allRoutes);
+    addAll("NSExportTracks", program.tracks().count(), &wholeTrack);
     for (const auto& group : program.waypoints().createGroupsFromWaypoints())
         add(text("NSExportGroup", {QString::fromStdString(group)}),
             [&program, group] { return groupOfWaypoints(program, group); });
@@ -301,6 +306,8 @@ void DevicesPanel::listChoices()
 
 void DevicesPanel::refresh()
 {
+    if (!isVisible())
+        return;
     const DeviceType make = type();
     const int number = static_cast<int>(make);
     m_hint->setText(text("NSReceiverHint" + std::to_string(number)));
@@ -315,7 +322,7 @@ void DevicesPanel::refresh()
     m_identify->setEnabled(isReady);
     m_receive->setEnabled(isReady && (kinds.waypoints || kinds.routes || kinds.tracks));
     m_send->setEnabled(isReady);
-    if (!m_port->lineEdit()->hasFocus())
+    if (path != std::exchange(m_shownPort, path))
         fillPorts(m_port, path);
 }
 
@@ -338,17 +345,22 @@ void DevicesPanel::refreshRunning()
         words += QLatin1Char(' ') + QString::number(progress.done);
     if (m_session.isCancelled())
         words = text("NSLeavingReceiver");
+    const bool asks = !m_session.question().empty();
+    if (asks)
+        words = text(m_session.question());
     m_doing->setText(words);
     m_bar->setAccessibleName(words);
-    const bool asks = !m_session.question().empty();
-    const std::string& message = asks ? m_session.question() : m_session.message();
+    const std::string message = asks ? std::string() : m_session.message();
     m_bar->setVisible(!asks);
     m_bar->setRange(0, static_cast<int>(progress.total)); // of no length: it only says it is alive
     m_bar->setValue(static_cast<int>(progress.done));
     m_ask->setVisible(!message.empty());
     if (!message.empty())
         m_ask->setText(text(message));
+    const bool asksAnew = asks && m_proceed->isHidden();
     m_proceed->setVisible(asks);
+    if (asksAnew)
+        m_proceed->setFocus();
     m_cancel->setEnabled(!m_session.isCancelled());
 }
 

@@ -5,6 +5,7 @@
 #include "devices/DeviceTransfer.h"
 
 #include <functional>
+#include <string>
 #include <vector>
 
 class QCheckBox;
@@ -59,6 +60,7 @@ private:
     QWidget* m_setup;
     QComboBox* m_type = nullptr;
     QComboBox* m_port = nullptr;
+    std::string m_shownPort; ///< when the ports were listed last
     QComboBox* m_rate = nullptr;
     QLabel* m_hint = nullptr;
     QLabel* m_lends = nullptr;
