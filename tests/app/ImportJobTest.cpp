@@ -21,10 +21,11 @@ protected:
     }
     void import(const std::vector<std::filesystem::path>& files)
     {
-        bool finished = false;
+        // Shared: on a machine so slow that the wait gives up, the job ends after this function.
+        const auto finished = std::make_shared<bool>(false);
         auto* job = ImportJob::start(actions(), files);
-        QObject::connect(job, &ImportJob::finished, &window, [&] { finished = true; });
-        waitFor([&] { return finished; });
+        QObject::connect(job, &ImportJob::finished, &window, [finished] { *finished = true; });
+        waitFor([&] { return *finished; });
     }
     static std::string waypointText(const char* name, double latitude)
     {
@@ -132,14 +133,14 @@ TEST_F(ImportJobTest, AnExportIsWrittenInTheBackgroundAndCanBeGivenUp)
     waypoint("A", {300, 300});
     const auto file = folder.path() / "out.gpx";
     const auto run = [&](bool cancelled) {
-        std::optional<bool> written;
+        const auto written = std::make_shared<std::optional<bool>>();
         auto* job = ExportJob::start(actions(), {}, file);
         QObject::connect(job, &ExportJob::finished, &window,
-                         [&written](bool done) { written = done; });
+                         [written](bool done) { *written = done; });
         if (cancelled)
             job->cancel();
-        waitFor([&] { return written.has_value(); });
-        return written.value_or(false);
+        waitFor([&] { return written->has_value(); });
+        return written->value_or(false);
     };
     EXPECT_TRUE(run(false));
     const auto size = std::filesystem::file_size(file);
