@@ -4,13 +4,13 @@
 #include "weather/Beaufort.h"
 #include "weather/GribPoints.h"
 
-#include <compare>
 #include <filesystem>
 #include <map>
 #include <memory>
 #include <span>
 #include <stop_token>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace kelvox {
@@ -110,7 +110,15 @@ private:
         GribTime date;
         double cellSize, longitude, latitude, longitudeIncrement, latitudeIncrement;
         int longitudeCount, latitudeCount;
-        friend auto operator<=>(const Key&, const Key&) = default;
+        friend bool operator<(const Key& a, const Key& b)
+        {
+            const auto all = [](const Key& key) {
+                return std::tie(key.date, key.cellSize, key.longitude, key.latitude,
+                                key.longitudeIncrement, key.latitudeIncrement, key.longitudeCount,
+                                key.latitudeCount);
+            };
+            return all(a) < all(b);
+        }
     };
     using Grids = std::map<Key, GribPoints>;
     GribPoints& pointsFor(const GribGrid& grid, GribTime date);

@@ -101,8 +101,8 @@ void ExportJob::finish(const Result<void>& written)
         m_actions.host().showNote(text("NSExportCancelled"));
     else
         say("NSExportIncomplete", written.error().message);
-    emit finished(written.has_value());
     deleteLater();
+    emit finished(written.has_value());
 }
 
 } // namespace kelvox
