@@ -12,6 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return 0;
     for (const auto& places : summary->coverage) {
         std::vector<Point> ring;
+        ring.reserve(places.size());
         for (const Position& place : places)
             ring.push_back({place.longitude, place.latitude});
         (void)simplified(ring, 1e-5);

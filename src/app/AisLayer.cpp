@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <numbers>
+#include <ranges>
 
 namespace kelvox {
 
@@ -122,19 +123,18 @@ void AisLayer::paintLabels(QPainter& painter, const ViewFrame& frame)
 {
     LabelRoom room(frame.width / frame.pixelsPerPoint, frame.height / frame.pixelsPerPoint);
     // From the topmost down: the selected target keeps its name.
-    const auto symbols = m_picture.symbols();
-    for (auto it = symbols.rbegin(); it != symbols.rend(); ++it) {
-        if (it->own || it->label.empty())
+    for (const auto& symbol : m_picture.symbols() | std::views::reverse) {
+        if (symbol.own || symbol.label.empty())
             continue;
-        const QPointF side = widgetPoint(it->labelAt, frame);
-        if (!room.isFree(side - QPointF(it->labelOnLeft ? 1 : 0, 0)))
+        const QPointF side = widgetPoint(symbol.labelAt, frame);
+        if (!room.isFree(side - QPointF(symbol.labelOnLeft ? 1 : 0, 0)))
             continue; // most of them, where there are many
-        const QSizeF size = m_images.labelSize(it->label);
+        const QSizeF size = m_images.labelSize(symbol.label);
         QPointF place = side - QPointF(0, size.height() / 2);
-        if (it->labelOnLeft)
+        if (symbol.labelOnLeft)
             place.rx() -= size.width();
         if (room.take(QRectF(place, size)))
-            m_images.paintLabel(painter, it->label, place);
+            m_images.paintLabel(painter, symbol.label, place);
     }
 }
 

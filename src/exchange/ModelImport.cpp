@@ -145,7 +145,7 @@ bool ModelImport::handOver(std::size_t most)
 {
     if (m_points.empty())
         return true;
-    m_byDate = {}; // the model knows the dates of those handed over
+    m_byDate = decltype(m_byDate)(); // the model knows the dates of those handed over
     for (; most > 0 && !m_points.empty(); --most) {
         m_tracks.add(std::move(m_points.front()), std::chrono::seconds(0));
         m_points.pop_front();

@@ -489,14 +489,13 @@ private:
     {
         error.message = m_file.string() + ": " + error.message;
         std::error_code ignored;
-        if (m_history.journal().isInUseElsewhere())
-            m_mayReplaceFile = false; // not ours to move
-        else if (auto kept = keepUnderAnotherName(m_file)) {
-            report.keptAs = *kept;
-            std::filesystem::remove(m_file, ignored);
-        } else {
-            m_mayReplaceFile = false;
-        }
+        m_mayReplaceFile = false;
+        if (!m_history.journal().isInUseElsewhere()) // or else it is not ours to move
+            if (const auto kept = keepUnderAnotherName(m_file)) {
+                report.keptAs = *kept;
+                std::filesystem::remove(m_file, ignored);
+                m_mayReplaceFile = true;
+            }
         report.error = std::move(error);
     }
 

@@ -58,8 +58,12 @@ public:
     [[nodiscard]] bool magnetic() const { return m_magnetic; }
 
 protected:
+    using DateTable = std::unordered_map<Date::rep, TrackPointer>;
+
     void makeNameFree(Track& point) override;
-    void onApplied() override { m_byDate = {}; } // clear() would go over all its buckets
+    /// Gives the table up, buckets and all: clear() goes over those, again and again in a long
+    /// undo.
+    void onApplied() override { m_byDate = DateTable(); }
     void onLoaded() override;
 
 private:
@@ -73,7 +77,7 @@ private:
     bool m_magnetic = false;
     std::int64_t m_nextName = 0; // above every number used as a name
     // Made when an import first asks for a date; any change but an import's own makes it void.
-    std::unordered_map<Date::rep, TrackPointer> m_byDate;
+    DateTable m_byDate;
 };
 
 } // namespace kelvox

@@ -60,7 +60,8 @@ std::vector<Ring> joinRings(std::span<const CoverageUse> uses,
 std::uint32_t littleEndian(std::span<const char> bytes)
 {
     std::uint32_t value = 0;
-    std::memcpy(&value, bytes.data(), std::min(bytes.size(), sizeof value));
+    if (!bytes.empty()) // a field without bytes has no address either
+        std::memcpy(&value, bytes.data(), std::min(bytes.size(), sizeof value));
     return value;
 }
 

@@ -74,8 +74,10 @@ CURLcode perform(CURL* curl, const std::stop_token& stop)
     int left = 0;
     if (const CURLMsg* message = curl_multi_info_read(multi.get(), &left))
         code = message->data.result;
-    // A name that is still being looked up must not hold up the end of the program.
+    // Neither a name that is still being looked up nor a server that does not answer the farewell
+    // may hold up the end of the program.
     curl_easy_setopt(curl, CURLOPT_QUICK_EXIT, 1L);
+    curl_easy_setopt(curl, CURLOPT_SERVER_RESPONSE_TIMEOUT, 1L);
     curl_multi_remove_handle(multi.get(), curl);
     return code;
 }
@@ -142,6 +144,8 @@ Result<void> SmtpSender::send(const Mail& mail)
     set(CURLOPT_NOSIGNAL, 1L);
     set(CURLOPT_CONNECTTIMEOUT, 20L);
     set(CURLOPT_TIMEOUT, 60L);
+    set(CURLOPT_SERVER_RESPONSE_TIMEOUT, 20L);
+    set(CURLOPT_FORBID_REUSE, 1L);
     set(CURLOPT_PROXY, "");
     // A password never travels in the clear.
     set(CURLOPT_USE_SSL,

@@ -128,7 +128,6 @@ ImportJob::ImportJob(NavActions& actions, QString from, const ExchangeRecords& r
 {
     m_from = std::move(from);
     auto read = std::make_shared<ReadRecords>();
-    read->cancelled = m_cancelled;
     handOver(records, *read);
     // Not before the caller has connected what it wants to hear.
     QTimer::singleShot(0, this, [this, read] { fileRead(read); });
