@@ -80,6 +80,28 @@ void scroll(benchmark::State& state, const char* panel)
 }
 BENCHMARK_CAPTURE(scroll, waypoints, "waypoints")->Unit(benchmark::kMillisecond);
 
+/// A window with all its panels, made and taken away again.
+void makeWindow(benchmark::State& state)
+{
+    Program& program = fullProgram().program();
+    for ([[maybe_unused]] const auto _ : state)
+        const MainWindow window(program);
+}
+BENCHMARK(makeWindow)->Unit(benchmark::kMillisecond);
+
+/// Day to dusk to night, with every panel there is and one of them open.
+void changeScheme(benchmark::State& state)
+{
+    Program& program = fullProgram().program();
+    fullProgram().window->openPanel(QStringLiteral("waypoints"));
+    int scheme = 0;
+    for ([[maybe_unused]] const auto _ : state) {
+        program.setScheme(static_cast<ColorScheme>(++scheme % 3));
+        fullProgram().window->repaint();
+    }
+}
+BENCHMARK(changeScheme)->Unit(benchmark::kMillisecond);
+
 void sortWaypoints(benchmark::State& state)
 {
     MainWindow& window = *fullProgram().window;

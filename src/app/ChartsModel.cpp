@@ -113,9 +113,8 @@ QString ChartsModel::words(const ChartRecord& chart, int column) const
             ? QStringLiteral("%1.%2").arg(QString::fromStdString(chart.edition)).arg(chart.update)
             : QString::fromStdString(chart.edition);
     case Date:
-        return QLocale().toString(
-            QDate::fromString(QString::fromStdString(chart.date), QStringLiteral("yyyyMMdd")),
-            QLocale::ShortFormat);
+        return QDate::fromString(QString::fromStdString(chart.date), QStringLiteral("yyyyMMdd"))
+            .toString(Qt::ISODate);
     default:
         return text(chart.kind == ChartKind::Cell ? "NSChartVector" : "NSChartRaster");
     }

@@ -52,6 +52,7 @@ SettingsDialog::SettingsDialog(Program& program, Commands& commands, QWidget* pa
     setObjectName(QStringLiteral("settingsDialog"));
     resize(theme.px(820), theme.px(600));
 
+    m_search->setObjectName(QStringLiteral("settingsSearch"));
     m_search->setPlaceholderText(text("NSSearchSettings"));
     m_search->setAccessibleName(text("NSSearchSettings"));
     addClearAction(*m_search);
@@ -81,6 +82,7 @@ SettingsDialog::SettingsDialog(Program& program, Commands& commands, QWidget* pa
     auto* buttons = new QHBoxLayout;
     const auto addButton = [&](const char* key, void (SettingsDialog::*run)()) {
         auto* button = new QPushButton(text(key), this);
+        button->setObjectName(QLatin1String(key));
         button->setAutoDefault(false);
         connect(button, &QPushButton::clicked, this, run);
         buttons->addWidget(button);

@@ -39,7 +39,7 @@ protected:
         });
         waitFor([&] { return done; }, what);
         QApplication::processEvents();
-        waitForPicture();
+        waitFor([this] { return chart().showsWhatWasAskedFor(); }, "the chart's picture");
     }
     /// Everything took less than the window may be held up. Generous: the machine that runs the
     /// tests may be half as fast, and busy.
@@ -132,7 +132,6 @@ TEST_F(StallTest, ChartsLoadWithoutHoldingUpTheWindow)
     for (const auto& record : charts) {
         if (!record->isUsable() || ++shown > 6)
             continue;
-        std::cout << record->name << '\n';
         act("loading", [&] { chart().showBoundsAtStep(record->bounds); });
         waitFor([&] { return window().charts().missing() == 0; }, "the charts of the view",
                 std::chrono::seconds(60));

@@ -1,3 +1,5 @@
+#include "app/SettingRow.h"
+#include "app/SettingsDialog.h"
 #include "app/nav/NavActions.h"
 #include "app/nav/PrintJob.h"
 #include "base/Folders.h"
@@ -146,6 +148,28 @@ TEST_F(VoyageTest, ExportedAndImportedThroughTheDialogs)
     EXPECT_TRUE(program().waypoints().waypointFromName("Home"));
     waitForPicture();
     shot(QStringLiteral("import-summary"));
+}
+
+TEST_F(VoyageTest, SettingsAreFoundAndTravelInAFile)
+{
+    start();
+    run("program.settings");
+    type(QStringLiteral("settingsSearch"), QStringLiteral("point every"));
+    auto* const dialog = openDialog<SettingsDialog>();
+    ASSERT_TRUE(dialog);
+    shot(QStringLiteral("settings-search"), *dialog);
+    auto* const row = find(QStringLiteral("setting.trackInterval"));
+    ASSERT_TRUE(row && row->isVisible());
+    EXPECT_LT(dialog->findChildren<SettingRow*>().size(), 6) << "too much was found";
+    program().settings().set("trackInterval", 77LL);
+    const auto file = folder() / "settings.json";
+    inDialog([this] { click(QStringLiteral("NSExportSettings")); },
+             [&](QWidget& files) { answer(files, file); });
+    ASSERT_TRUE(std::filesystem::exists(file));
+    program().settings().set("trackInterval", 30LL);
+    inDialog([this] { click(QStringLiteral("NSImportSettings")); },
+             [&](QWidget& files) { answer(files, file); });
+    EXPECT_EQ(program().settings().integer("trackInterval"), 77);
 }
 
 TEST_F(VoyageTest, AnchorWatchSoundsWhenTheVesselLeavesTheCircle)

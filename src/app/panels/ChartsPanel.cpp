@@ -120,7 +120,7 @@ void ChartsPanel::buildList()
     header->setHighlightSections(false);
     header->setSectionResizeMode(QHeaderView::Interactive);
     header->setSectionResizeMode(ChartsModel::Title, QHeaderView::Stretch);
-    constexpr std::array<int, ChartsModel::Columns> widths{92, 0, 84, 48, 84, 60};
+    constexpr std::array<int, ChartsModel::Columns> widths{96, 0, 92, 48, 92, 60};
     for (int column = 0; column < ChartsModel::Columns; ++column)
         if (const int width = widths.at(static_cast<std::size_t>(column)); width > 0)
             header->resizeSection(column, theme.px(width));

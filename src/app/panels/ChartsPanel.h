@@ -21,7 +21,7 @@ class ChartsPanel final : public SidePanel {
 public:
     /// @param outlines brings out the chart under the pointer; outlives the panel
     ChartsPanel(ChartHost& host, ChartOutlineLayer& outlines);
-    [[nodiscard]] int preferredWidth() const override { return 460; }
+    [[nodiscard]] int preferredWidth() const override { return 520; }
 
     [[nodiscard]] ChartsModel& model() { return *m_model; }
 
