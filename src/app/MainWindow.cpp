@@ -336,7 +336,7 @@ void MainWindow::settingChanged(const QString& key)
 {
     if (key.startsWith(QLatin1String("show")) || key == QLatin1String("largeText"))
         updateScene();
-    if (key == QLatin1String("simplifiedSymbols") || key == QLatin1String("symbolizedBoundaries"))
+    if (key == QLatin1String("simplifiedSymbols"))
         chooseSymbols();
     m_chart->update();
 }
@@ -345,8 +345,8 @@ void MainWindow::chooseSymbols()
 {
     m_charts.changeSymbols([this] {
         const Settings& settings = m_program.settings();
-        m_program.library().setSymbols(settings.boolean("symbolizedBoundaries"),
-                                       !settings.boolean("simplifiedSymbols"));
+        // Never symbolized boundaries, on purpose.
+        m_program.library().setSymbols(false, !settings.boolean("simplifiedSymbols"));
     });
     updateScene();
 }

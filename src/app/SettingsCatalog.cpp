@@ -112,7 +112,6 @@ void addChart(std::vector<Item>& items)
         .toggle("showAtAllScales", false)
         .toggle("largeText", false)
         .toggle("simplifiedSymbols", false)
-        .toggle("symbolizedBoundaries", false)
         .choice("chartChoice", {"NSChartsBoth", "NSChartsVector", "NSChartsRaster"})
         .toggle("showGraticule", false)
         .toggle("showChartOutlines", false);

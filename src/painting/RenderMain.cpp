@@ -222,7 +222,7 @@ int render(const Options& options, const PortrayalSettings& settings, PictureSiz
     S52Render presentation(library);
     for (const auto& sentence : library.report().sentences())
         std::fprintf(stderr, "kelvox-tool: %s\n", sentence.c_str());
-    library.setSymbols(settings.symbolizedBoundaries, !settings.simplifiedSymbols);
+    library.setSymbols(false, !settings.simplifiedSymbols);
     scene.settings = settings.render;
     const auto setPalette = [&](const std::string& palette) {
         const int table = palette == "dusk" ? 2 : palette == "night" ? 3 : 1;

@@ -4,7 +4,7 @@
 
 namespace kelvox {
 
-const std::array<PortrayalSettings::Key, 16> PortrayalSettings::keys{
+const std::array<PortrayalSettings::Key, 15> PortrayalSettings::keys{
     {{"showDepthContours", "depth contours"},
      {"showSoundings", "soundings"},
      {"showSurface", "nature of the seabed"},
@@ -19,7 +19,6 @@ const std::array<PortrayalSettings::Key, 16> PortrayalSettings::keys{
      {"largeText", "larger soundings and labels"},
      {"waterDepthUnits", "0 feet, 1 metres, 2 fathoms"},
      {"simplifiedSymbols", "simplified symbols in place of those of paper charts"},
-     {"symbolizedBoundaries", "the look-up table of symbolized boundaries"},
      {"lowLight", "the colours of the night"}}};
 
 void RenderSettings::loadSettings(const Settings& settings)
@@ -50,7 +49,6 @@ PortrayalSettings PortrayalSettings::fromSettings(const Settings& settings)
     PortrayalSettings result;
     result.render.loadSettings(settings);
     result.simplifiedSymbols = settings.boolean("simplifiedSymbols");
-    result.symbolizedBoundaries = settings.boolean("symbolizedBoundaries");
     result.lowLight = settings.boolean("lowLight");
     return result;
 }

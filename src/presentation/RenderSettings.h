@@ -33,8 +33,6 @@ struct RenderSettings {
 struct PortrayalSettings {
     RenderSettings render;
     bool simplifiedSymbols = false; ///< else those of paper charts
-    /// The display leaves it off, on purpose; for trying out a library.
-    bool symbolizedBoundaries = false;
     bool lowLight = false; ///< the night's colours
 
     struct Key {
@@ -42,7 +40,7 @@ struct PortrayalSettings {
         std::string_view meaning;
     };
     /// All keys that are read.
-    static const std::array<Key, 16> keys;
+    static const std::array<Key, 15> keys;
 
     [[nodiscard]] static PortrayalSettings fromSettings(const Settings& settings);
     /// 1 day or 3 night; dusk is chosen by hand only.

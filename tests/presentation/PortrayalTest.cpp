@@ -385,7 +385,7 @@ TEST_F(Portrayed, EverySettingChangesTheDrawing)
         const auto all = PortrayalSettings::fromSettings(chosen);
         settings = all.render;
         colorScheme = all.colorTable();
-        model.setSymbols(all.symbolizedBoundaries, !all.simplifiedSymbols);
+        model.setSymbols(false, !all.simplifiedSymbols);
         texts = {};
         Steps steps = draw();
         steps.push_back(std::to_string(colorScheme));
