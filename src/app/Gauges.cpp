@@ -223,7 +223,7 @@ void Gauge::paintEvent(QPaintEvent* /*event*/)
     painter.setPen(theme.colors().dim);
     const bool waits = m_reading.stale && !m_reading.number.isEmpty();
     painter.drawText(room, Qt::AlignLeft | Qt::AlignTop,
-                     m_reading.label + (waits ? QStringLiteral("  ⌛") : QString()));
+                     m_reading.label + (waits ? QStringLiteral("  ◷") : QString()));
     switch (m_kind) {
     case GaugeKind::Heading:
         paintTape(painter, room);

@@ -573,6 +573,8 @@ void MainWindow::resizeEvent(QResizeEvent* event)
 
 bool MainWindow::eventFilter(QObject* object, QEvent* event)
 {
+    if (event->type() == QEvent::LayoutRequest && object == m_cardContent)
+        QTimer::singleShot(0, this, &MainWindow::placeOverlays); // it has become another height
     // The keys of a window rest while one of its dialogs is open. This one must not.
     const auto belongsHere = [this](QWidget* window) {
         while (window && window != this)

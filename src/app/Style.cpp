@@ -588,10 +588,15 @@ QIcon Style::standardIcon(StandardPixmap picture, const QStyleOption* option,
         return icon;
     QIcon dim;
     for (const int size : {16, 24, 32, 48}) {
-        QPixmap pixmap = icon.pixmap(size);
+        const QPixmap bright = icon.pixmap(size);
+        if (bright.isNull())
+            continue;
+        QPixmap pixmap = bright;
         QPainter painter(&pixmap);
-        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+        painter.setCompositionMode(QPainter::CompositionMode_Multiply);
         painter.fillRect(pixmap.rect(), theme.colors().text);
+        painter.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+        painter.drawPixmap(0, 0, bright);
         painter.end();
         dim.addPixmap(pixmap);
     }

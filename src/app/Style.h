@@ -44,7 +44,7 @@ public:
                                        const QWidget* widget) const override;
     [[nodiscard]] QSize sizeFromContents(ContentsType type, const QStyleOption* option,
                                          const QSize& size, const QWidget* widget) const override;
-    /// The toolkit's own pictures, in one dim colour outside the day.
+    /// The toolkit's own pictures, no brighter than a text outside the day.
     [[nodiscard]] QIcon standardIcon(StandardPixmap picture, const QStyleOption* option,
                                      const QWidget* widget) const override;
     [[nodiscard]] int pixelMetric(PixelMetric metric, const QStyleOption* option,

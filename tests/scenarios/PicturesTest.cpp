@@ -55,7 +55,7 @@ protected:
         std::vector<RoutePlace> places;
         for (int i = 0; i < 6; ++i) {
             const Position there{.longitude = vessel.longitude + 0.004 * (i % 3),
-                                 .latitude = vessel.latitude + 0.006 * i};
+                                 .latitude = vessel.latitude + 0.006 * (i + 1)};
             places.push_back({there, nullptr});
         }
         const auto route = actions->editor().makeRoute(places);

@@ -103,7 +103,7 @@ QString AisTableModel::textOf(const AISPosition& target, Column column) const
     case Column::LastReport: {
         const auto now = m_live.now();
         const QString age = ageText(std::chrono::duration<double>(now - target.date()).count());
-        return target.timedOut(now) ? age + QStringLiteral(" ⌛") : age;
+        return target.timedOut(now) ? age + QStringLiteral(" ◷") : age;
     }
     }
     return {};
