@@ -310,7 +310,7 @@ void DevicesPanel::refresh()
         return;
     const DeviceType make = type();
     const int number = static_cast<int>(make);
-    m_hint->setText(text("NSReceiverHint" + std::to_string(number)));
+    m_hint->setText(text("NSReceiverHint." + std::to_string(number)));
     m_rate->setItemText(0, text("NSUsualRate", {QString::fromLatin1(usualRate(make))}));
     const std::string path = port();
     LiveData& live = m_actions.program().live();
