@@ -121,21 +121,33 @@ void ModelImport::endRoute(std::string name)
         m_summary.routes.renamed.emplace_back(wanted, added->name);
 }
 
+Track* ModelImport::heldOf(Date date)
+{
+    // Nearly every file tells its points in the order of time: a newer one needs no search.
+    if (m_isAscending && (!m_newest || date > *m_newest)) {
+        m_newest = date;
+        return nullptr;
+    }
+    if (std::exchange(m_isAscending, false))
+        for (std::size_t i = 0; i < m_points.size(); ++i)
+            if (const auto& other = m_points[i].date)
+                m_byDate.emplace(other->time_since_epoch().count(), m_dropped + i);
+    const auto [known, isNew] =
+        m_byDate.try_emplace(date.time_since_epoch().count(), m_dropped + m_points.size());
+    return isNew ? nullptr : &m_points[known->second - m_dropped];
+}
+
 void ModelImport::trackPoint(Track point)
 {
     ++m_summary.trackPoints;
-    if (point.date) {
-        const auto [known, isNew] = m_byDate.try_emplace(point.date->time_since_epoch().count(),
-                                                         m_dropped + m_points.size());
-        if (!isNew) {
-            m_points[known->second - m_dropped] = std::move(point);
-            return;
-        }
+    if (Track* const held = point.date ? heldOf(*point.date) : nullptr) {
+        *held = std::move(point);
+        return;
     }
     m_points.push_back(std::move(point));
     if (m_points.size() <= TracksModel::mostPoints)
         return;
-    if (m_points.front().date)
+    if (!m_isAscending && m_points.front().date)
         m_byDate.erase(m_points.front().date->time_since_epoch().count());
     m_points.pop_front();
     ++m_dropped;
@@ -146,6 +158,8 @@ bool ModelImport::handOver(std::size_t most)
     if (m_points.empty())
         return true;
     m_byDate = decltype(m_byDate)(); // the model knows the dates of those handed over
+    m_isAscending = true;
+    m_newest.reset();
     for (; most > 0 && !m_points.empty(); --most) {
         m_tracks.add(std::move(m_points.front()), std::chrono::seconds(0));
         m_points.pop_front();

@@ -63,6 +63,8 @@ private:
     };
     WaypointPointer create(const Waypoint& waypoint);
     [[nodiscard]] std::string nameHere(const Waypoint& waypoint) const;
+    /// The held point of a date; where there is none the next one held has it.
+    [[nodiscard]] Track* heldOf(Date date);
 
     EditHistory::Group m_step;
     WaypointsModel& m_waypoints;
@@ -72,7 +74,10 @@ private:
     std::unordered_set<const Waypoint*> m_counted;
     Route m_openRoute;
     std::deque<Track> m_points; ///< the last ones of the file, one of each date
-    std::unordered_map<Date::rep, std::size_t> m_byDate; ///< place among all that were held
+    bool m_isAscending = true; ///< each date held was later than those before it
+    std::optional<Date> m_newest; ///< while they ascend
+    /// Place among all that were held; empty while they ascend.
+    std::unordered_map<Date::rep, std::size_t> m_byDate;
     std::size_t m_dropped = 0;
     ImportSummary m_summary;
 };
