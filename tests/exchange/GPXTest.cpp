@@ -6,9 +6,12 @@
 #include "exchange/GPXExport.h"
 #include "navigation/WaypointIcons.h"
 
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
 #include <random>
+
+#include <set>
 
 namespace kelvox {
 
@@ -179,6 +182,22 @@ TEST(ModelImport, IsOneStepAndKeepsTheLastPoints)
     EXPECT_TRUE(scene.tracks.isChanged());
     ASSERT_TRUE(scene.history.undo());
     EXPECT_EQ(scene.tracks.count(), 0U);
+}
+
+TEST(ModelImport, KeepsTheLastPointOfEachDateInWhateverOrder)
+{
+    ExchangeScene scene;
+    std::string points;
+    const std::pair<int, int> latitudesAndSeconds[] = {{1, 10}, {2, 30}, {3, 20}, {4, 30}, {5, 10}};
+    for (const auto& [latitude, second] : latitudesAndSeconds)
+        points +=
+            fmt::format("<trkpt lat=\"{}\" lon=\"2\"><time>2026-05-01T10:00:{}Z</time></trkpt>",
+                        latitude, second);
+    EXPECT_EQ(scene.importGPX(gpx("<trk><trkseg>" + points + "</trkseg></trk>")).trackPoints, 5U);
+    std::multiset<double> latitudes;
+    for (const auto& point : scene.tracks.objectEnumerator())
+        latitudes.insert(point->positionOnGPS().latitude);
+    EXPECT_EQ(latitudes, (std::multiset<double>{3, 4, 5}));
 }
 
 TEST(GPXExport, WritesTheLinesOfTheFormat)
