@@ -3,12 +3,12 @@
 #include "app/AisTargetDetails.h"
 #include "app/LiveData.h"
 #include "app/Text.h"
+#include "base/Reversed.h"
 
 #include <QMenu>
 
 #include <cmath>
 #include <numbers>
-#include <ranges>
 
 namespace kelvox {
 
@@ -123,7 +123,8 @@ void AisLayer::paintLabels(QPainter& painter, const ViewFrame& frame)
 {
     LabelRoom room(frame.width / frame.pixelsPerPoint, frame.height / frame.pixelsPerPoint);
     // From the topmost down: the selected target keeps its name.
-    for (const auto& symbol : m_picture.symbols() | std::views::reverse) {
+    const auto symbols = m_picture.symbols();
+    for (const auto& symbol : Reversed(symbols)) {
         if (symbol.own || symbol.label.empty())
             continue;
         const QPointF side = widgetPoint(symbol.labelAt, frame);

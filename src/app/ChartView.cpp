@@ -1,5 +1,6 @@
 #include "app/ChartView.h"
 
+#include "base/Reversed.h"
 #include "painting/PainterCanvas.h"
 
 #include <QContextMenuEvent>
@@ -13,7 +14,6 @@
 #include <QWheelEvent>
 
 #include <cmath>
-#include <ranges>
 
 namespace kelvox {
 
@@ -91,7 +91,7 @@ std::optional<ChartItem> ChartView::itemAt(QPointF widgetPoint) const
 {
     const ViewFrame now = frame();
     const ChartPointer pointer = pointerAt(widgetPoint);
-    for (ChartLayer* layer : m_layers | std::views::reverse)
+    for (ChartLayer* layer : Reversed(m_layers))
         if (auto item = layer->itemAt(pointer, now))
             return item;
     return std::nullopt;
@@ -307,7 +307,7 @@ void ChartView::mousePressEvent(QMouseEvent* event)
     m_pressedLayer = nullptr;
     const ViewFrame now = frame();
     const ChartPointer pointer = pointerAt(event->position(), event->modifiers());
-    for (ChartLayer* layer : m_layers | std::views::reverse)
+    for (ChartLayer* layer : Reversed(m_layers))
         if (layer->press(pointer, now)) {
             m_pressedLayer = layer;
             m_holdTimer.start(holdTime, this);
@@ -340,7 +340,7 @@ void ChartView::mouseMoveEvent(QMouseEvent* event)
         m_speed = m_speed * 0.6 + by / passed * 0.4;
         panBy(by);
     } else if (!pressed) {
-        for (ChartLayer* layer : m_layers | std::views::reverse)
+        for (ChartLayer* layer : Reversed(m_layers))
             if (layer->wantsHover()) {
                 layer->hover(pointerAt(event->position(), event->modifiers()), frame());
                 update();
@@ -371,7 +371,7 @@ void ChartView::mouseReleaseEvent(QMouseEvent* event)
     if (m_moved || held)
         return;
     const ViewFrame now = frame();
-    for (ChartLayer* other : m_layers | std::views::reverse)
+    for (ChartLayer* other : Reversed(m_layers))
         if (other->click(pointer, now)) {
             update();
             return;
@@ -385,7 +385,7 @@ void ChartView::mouseDoubleClickEvent(QMouseEvent* event)
         return;
     const ViewFrame now = frame();
     const ChartPointer pointer = pointerAt(event->position(), event->modifiers());
-    for (ChartLayer* layer : m_layers | std::views::reverse)
+    for (ChartLayer* layer : Reversed(m_layers))
         if (layer->doubleClick(pointer, now)) {
             update();
             return;
@@ -468,7 +468,7 @@ void ChartView::keyPressEvent(QKeyEvent* event)
     stopGliding();
     switch (event->key()) {
     case Qt::Key_Escape:
-        for (ChartLayer* layer : m_layers | std::views::reverse)
+        for (ChartLayer* layer : Reversed(m_layers))
             if (layer->cancel()) {
                 m_pressedLayer = nullptr;
                 update();

@@ -2,7 +2,6 @@
 
 #include "app/ChartView.h"
 #include "app/Program.h"
-#include "painting/GribPainter.h"
 
 #include <QPointer>
 
@@ -38,18 +37,18 @@ bool WeatherLayer::fits(const ViewFrame& frame) const
         && m_frame.view.rotate() == frame.view.rotate();
 }
 
-void WeatherLayer::begin(const ViewFrame& frame, DisplayColor paper)
+void WeatherLayer::begin(const ViewFrame& frame, const GribLook& look)
 {
     m_isStale = false;
     m_isDrawing = true;
     Program& program = m_host.program();
-    program.pool().post([layer = QPointer(this), frame, paper, &main = program.executor(),
+    program.pool().post([layer = QPointer(this), frame, look, &main = program.executor(),
                          shown = std::make_shared<const GribSnapshot>(program.weather())] {
         QImage picture(frame.width, frame.height, QImage::Format_ARGB32_Premultiplied);
         picture.fill(Qt::transparent);
         {
             QPainter painter(&picture);
-            paintGrib(painter, shown->weather(), frame, paper);
+            paintGrib(painter, shown->weather(), frame, look);
         }
         main.post([layer, frame, picture = std::move(picture)] {
             if (!layer)
@@ -69,15 +68,14 @@ void WeatherLayer::paint(QPainter& painter, const ViewFrame& frame, const LayerL
         m_picture = {};
         return;
     }
-    const DisplayColor* const token = look.portrayal.color("DEPDW");
-    const DisplayColor paper = token ? *token : DisplayColor{};
+    const GribLook colors = GribLook::of(look.portrayal);
     painter.scale(1 / frame.pixelsPerPoint, 1 / frame.pixelsPerPoint);
     if (look.medium == LayerLook::Medium::Paper) {
-        paintGrib(painter, weather, frame, paper);
+        paintGrib(painter, weather, frame, colors);
         return;
     }
     if (m_isStale && !m_isDrawing)
-        begin(frame, paper);
+        begin(frame, colors);
     if (m_picture.isNull())
         return;
     if (fits(frame)) {

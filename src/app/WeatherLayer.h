@@ -2,6 +2,7 @@
 
 #include "app/ChartHost.h"
 #include "app/ChartLayer.h"
+#include "painting/GribPainter.h"
 
 #include <QImage>
 #include <QObject>
@@ -20,7 +21,7 @@ public:
 
 private:
     [[nodiscard]] bool fits(const ViewFrame& frame) const;
-    void begin(const ViewFrame& frame, DisplayColor paper);
+    void begin(const ViewFrame& frame, const GribLook& look);
 
     ChartHost& m_host;
     QImage m_picture;

@@ -273,8 +273,7 @@ int render(const Options& options, const PortrayalSettings& settings, PictureSiz
     QImage picture = chartPainter.paint(scene, frame);
     if (!options.grib.empty() && !picture.isNull()) {
         QPainter painter(&picture);
-        paintGrib(painter, GribController(forecast), frame,
-                  RenderColors::from(scene.portrayal->colors).coverageColor);
+        paintGrib(painter, GribController(forecast), frame, GribLook::of(*scene.portrayal));
     }
     if (picture.isNull() || !picture.save(QString::fromStdString(options.output)))
         return fail(options.output + ": cannot be written");

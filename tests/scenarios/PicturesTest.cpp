@@ -37,7 +37,7 @@ protected:
         const QImage picture = shot(named(what), of);
         // Grey 71 is the brightest of the night table.
         if (QLatin1String(GetParam()) == QLatin1String("night")) {
-            EXPECT_LT(brighterThan(picture, 90), 0.006) << what.toStdString();
+            EXPECT_LT(brighterThan(picture, 90), 0.003) << what.toStdString();
         }
     }
     void begin()
