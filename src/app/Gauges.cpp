@@ -267,7 +267,12 @@ void Gauge::paintFigure(QPainter& painter, const QRectF& room) const
     const QFontMetricsF metrics(large);
     const double baseline = room.center().y() + metrics.capHeight() / 2;
     painter.setPen(theme.colors().dim);
-    painter.drawText(QPointF(room.right() - unitWidth + theme.px(5), baseline), m_reading.unit);
+    // Marks of feet and degrees belong beside the top of the figures, words beside their foot.
+    const bool isMark = !m_reading.unit.isEmpty() && !m_reading.unit[0].isLetter();
+    const double rise =
+        isMark ? metrics.capHeight() - QFontMetricsF(painter.font()).capHeight() : 0;
+    painter.drawText(QPointF(room.right() - unitWidth + theme.px(5), baseline - rise),
+                     m_reading.unit);
     painter.setFont(large);
     painter.setPen(ink);
     painter.drawText(

@@ -8,8 +8,20 @@
 
 #include <QCommandLineParser>
 
+#include <algorithm>
+#include <span>
+#include <string_view>
+
 int main(int argc, char** argv)
 {
+    // What only prints a text wants no screen.
+    const std::span<char*> given(argv, static_cast<std::size_t>(argc));
+    const bool onlyPrints = std::ranges::any_of(given, [](std::string_view argument) {
+        return argument == "--help" || argument == "-h" || argument == "--version"
+            || argument == "-v";
+    });
+    if (onlyPrints)
+        qputenv("QT_QPA_PLATFORM", "minimal");
     kelvox::Application application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Kelvox"));
     QApplication::setApplicationVersion(QStringLiteral(KELVOX_VERSION));
