@@ -174,7 +174,7 @@ std::optional<ChartKind> chartKindOf(const std::filesystem::path& path)
     const std::string extension = path.extension().string();
     if (extension == ".000")
         return ChartKind::Cell;
-    if (extension == ".KAP" || extension == ".kap" || extension == ".Kap")
+    if (BSBChart::isNamedAsChart(path))
         return ChartKind::Raster;
     return std::nullopt;
 }

@@ -69,12 +69,6 @@ int fail(const std::string& message)
     return 1;
 }
 
-bool isRaster(const std::filesystem::path& path)
-{
-    return QString::fromStdString(path.extension().string()).compare(u".kap", Qt::CaseInsensitive)
-        == 0;
-}
-
 PaletteScheme schemeOf(const std::string& palette)
 {
     return palette == "day" ? PaletteScheme::Day
@@ -112,11 +106,11 @@ std::vector<std::shared_ptr<const BSBChart>> loadRasters(const Options& options,
     std::vector<std::filesystem::path> paths;
     for (const std::filesystem::path named : options.paths) {
         std::error_code error;
-        if (isRaster(named))
+        if (BSBChart::isNamedAsChart(named))
             paths.push_back(named);
         else if (std::filesystem::is_directory(named, error))
             for (const auto& entry : std::filesystem::recursive_directory_iterator(named, error))
-                if (isRaster(entry.path()))
+                if (BSBChart::isNamedAsChart(entry.path()))
                     paths.push_back(entry.path());
     }
     std::ranges::sort(paths);
@@ -129,7 +123,7 @@ std::vector<std::shared_ptr<const BSBChart>> loadRasters(const Options& options,
         if (!loaded)
             problems.push_back(loaded.error());
         else if (!chart->hasCalibration() && options.paths.size() == 1
-                 && isRaster(options.paths.front()))
+                 && BSBChart::isNamedAsChart(options.paths.front()))
             charts.push_back(std::move(chart)); // the picture alone was asked for
         else if (!chart->hasCalibration())
             problems.push_back({Error::Code::Unsupported, path.string() + ": has no place", 0});
@@ -145,7 +139,7 @@ std::vector<std::shared_ptr<const CellGeometry>> loadCells(const Options& option
                                                            std::vector<Error>& problems)
 {
     std::vector<std::filesystem::path> named(options.paths.begin(), options.paths.end());
-    std::erase_if(named, isRaster);
+    std::erase_if(named, BSBChart::isNamedAsChart);
     const auto paths = S57CellLoader::findCells(named, problems);
     std::vector<std::shared_ptr<const CellGeometry>> cells(paths.size());
     std::mutex mutex;
@@ -255,7 +249,7 @@ int render(const Options& options, const PortrayalSettings& settings, PictureSiz
                           options.rotate, size.width, size.height, pixelsPerPoint, dpi);
 
     const ChartPainter chartPainter(pool);
-    if (isRaster(options.output)) {
+    if (BSBChart::isNamedAsChart(options.output)) {
         SchemePictures pictures;
         for (const auto& [palette, picture] : {std::pair{"day", &pictures.day},
                                                {"dusk", &pictures.dusk},

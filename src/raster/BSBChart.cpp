@@ -38,6 +38,14 @@ std::string companionOf(const std::filesystem::path& path)
 }
 } // namespace
 
+bool BSBChart::isNamedAsChart(const std::filesystem::path& path)
+{
+    std::string extension = path.extension().string();
+    for (char& c : extension)
+        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+    return extension == ".KAP" || extension == ".NOS" || extension == ".NO1";
+}
+
 Result<void> BSBChart::loadHeader(const std::filesystem::path& path)
 {
     closeChart();

@@ -33,6 +33,9 @@ public:
     {
     }
 
+    /// Whether a file has the name of a raster chart: .KAP, or .NOS and .NO1 of the older forms.
+    [[nodiscard]] static bool isNamedAsChart(const std::filesystem::path& path);
+
     /// Opens the file and reads its header; what was loaded before is released.
     [[nodiscard]] Result<void> loadHeader(const std::filesystem::path& path);
     /// The same for path(), its reason dropped.

@@ -101,12 +101,6 @@ void printCell(Tool& tool, const std::filesystem::path& path, bool noUpdates)
         tool.fail(loaded.error().message);
 }
 
-bool isRaster(const std::filesystem::path& path)
-{
-    const std::string extension = path.extension().string();
-    return extension == ".KAP" || extension == ".kap";
-}
-
 void printRaster(Tool& tool, const std::filesystem::path& path)
 {
     BSBChart chart;
@@ -122,7 +116,7 @@ std::vector<std::filesystem::path> rastersIn(const std::filesystem::path& folder
     std::vector<std::filesystem::path> found;
     std::error_code error;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(folder, error))
-        if (isRaster(entry.path()))
+        if (BSBChart::isNamedAsChart(entry.path()))
             found.push_back(entry.path());
     std::sort(found.begin(), found.end());
     return found;
@@ -135,7 +129,7 @@ void runInfo(Tool& tool, const InfoOptions& options)
             printCatalog(tool, name);
             continue;
         }
-        if (isRaster(name)) {
+        if (BSBChart::isNamedAsChart(name)) {
             printRaster(tool, name);
             continue;
         }

@@ -276,16 +276,24 @@ TEST_F(ChartLibraryTest, TellsOnceWhatCannotBeReadAndGoesOn)
 
 TEST_F(ChartLibraryTest, RastersAreIndexedAndShownToo)
 {
-    const std::string bytes = writeKap(smallRaster(20, 60), [](int, std::span<std::uint8_t> row) {
+    const auto plain = [](int, std::span<std::uint8_t> row) {
         std::fill(row.begin(), row.end(), std::uint8_t{1});
-    });
-    ASSERT_TRUE(writeFileAtomically(charts() / "maps" / "HARBOUR_1.KAP", bytes));
+    };
+    auto older = smallRaster(30, 60);
+    older.scrambled = true;
+    const auto folder = charts() / "maps";
+    ASSERT_TRUE(
+        writeFileAtomically(folder / "HARBOUR_1.KAP", writeKap(smallRaster(20, 60), plain)));
+    ASSERT_TRUE(writeFileAtomically(folder / "harbour_2.no1", writeKap(older, plain)));
     const auto library = make();
     library->setPlaces({charts()});
-    EXPECT_EQ(report().read, 4U);
-    library->setView(around(20.05, 59.95, 50'000));
-    waitForCharts(*library);
-    EXPECT_EQ(shown(*library), "HARBOUR_1 ");
+    EXPECT_EQ(report().read, 5U);
+    for (const auto& [longitude, chart] :
+         {std::pair{20.05, "HARBOUR_1 "}, std::pair{30.05, "harbour_2 "}}) {
+        library->setView(around(longitude, 59.95, 50'000));
+        waitForCharts(*library);
+        EXPECT_EQ(shown(*library), chart);
+    }
     library->setChoice(ChartChoice::Cells);
     EXPECT_EQ(shown(*library), "");
 }
