@@ -93,7 +93,8 @@ RenderColors RenderColors::from(const S52CcieMap& colors)
             .contourLineColor = colorOf(colors, "DEPCN"),
             .noDataColor = colorOf(colors, "NODTA"),
             .soundingColor = colorOf(colors, "SNDG2"),
-            .textColor = colorOf(colors, "CHBLK")};
+            .inkColor = colorOf(colors, "CHBLK"),
+            .textColor = colorOf(colors, colors.contains("UINFD") ? "UINFD" : "CHBLK")};
 }
 
 S57ObjectRender::S57ObjectRender(const ViewFrame& frame, const Portrayal& portrayal,
@@ -486,7 +487,7 @@ void S57ObjectRender::drawSector(const Parameter& p) const
         legs.moveTo(p.anchor);
         legs.lineTo(p.anchor + direction(bearing) * legLength);
     }
-    strokeFigure(p, legs, {m_colors.textColor, thinLine, LinePattern::Dash});
+    strokeFigure(p, legs, {m_colors.inkColor, thinLine, LinePattern::Dash});
 
     double sweep = std::fmod(*to - *from, 360);
     if (sweep <= 0)
@@ -502,7 +503,7 @@ void S57ObjectRender::drawSector(const Parameter& p) const
                                                    : "LITYW";
     const DisplayColor* color = m_portrayal.color(token);
     // A dark edge keeps yellow apart from white water.
-    strokeFigure(p, arc, {m_colors.textColor, 4, LinePattern::Solid});
+    strokeFigure(p, arc, {m_colors.inkColor, 4, LinePattern::Solid});
     if (color)
         strokeFigure(p, arc, {*color, 2.4F, LinePattern::Solid});
 }

@@ -25,7 +25,8 @@ struct RenderColors {
     DisplayColor contourLineColor; ///< DEPCN
     DisplayColor noDataColor; ///< NODTA, where no chart is
     DisplayColor soundingColor; ///< SNDG2
-    DisplayColor textColor; ///< CHBLK
+    DisplayColor inkColor; ///< CHBLK
+    DisplayColor textColor; ///< UINFD, the strongest of each scheme; CHBLK where it is missing
 
     [[nodiscard]] static RenderColors from(const S52CcieMap& colors);
 };
