@@ -83,6 +83,10 @@ std::vector<CoveredWaters> coveredWaters(const CellGeometry& geometry,
 
 RenderColors RenderColors::from(const S52CcieMap& colors)
 {
+    // A library that lacks the colour of a text must not take the text away.
+    const auto orInk = [&](std::string_view token) {
+        return colorOf(colors, colors.contains(token) ? token : "CHBLK");
+    };
     return {.coverageColor = colorOf(colors, "DEPDW"),
             .landColor = colorOf(colors, "LANDA"),
             .coastLineColor = colorOf(colors, "CSTLN"),
@@ -92,9 +96,9 @@ RenderColors RenderColors::from(const S52CcieMap& colors)
             .shallowFillColor = colorOf(colors, "DEPVS"),
             .contourLineColor = colorOf(colors, "DEPCN"),
             .noDataColor = colorOf(colors, "NODTA"),
-            .soundingColor = colorOf(colors, "SNDG2"),
+            .soundingColor = orInk("SNDG2"),
             .inkColor = colorOf(colors, "CHBLK"),
-            .textColor = colorOf(colors, colors.contains("UINFD") ? "UINFD" : "CHBLK")};
+            .textColor = orInk("UINFD")};
 }
 
 S57ObjectRender::S57ObjectRender(const ViewFrame& frame, const Portrayal& portrayal,
@@ -254,7 +258,9 @@ void S57ObjectRender::drawObject(const Parameter& p) const
     case 309:
     case 310:
     case 312: // told of a place, never drawn
-        return hitOutline(p);
+        if (p.isArea())
+            hitOutline(p);
+        return;
     default:
         return drawLookUp(p);
     }
