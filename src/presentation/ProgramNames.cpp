@@ -26,7 +26,8 @@ constexpr auto symbols = std::to_array<std::string_view>(
 constexpr auto patterns = std::to_array<std::string_view>({"DRGARE01"});
 
 constexpr auto colors = std::to_array<std::string_view>(
-    {"CHBLK", "CHGRN", "CHMGD", "CSTLN", "DEPCN", "DEPDW", "DEPIT", "DEPVS", "DNGHL", "LANDA"});
+    {"CHBLK", "CHGRN", "CHMGD", "CSTLN", "DEPCN", "DEPDW", "DEPIT", "DEPVS", "DNGHL", "LANDA",
+     "LITGN", "LITRD", "LITYW", "NODTA", "SNDG2", "UINFD"});
 
 constexpr auto colorTables = std::to_array<std::string_view>({"DAY", "DUSK", "NIGHT"});
 } // namespace

@@ -99,7 +99,7 @@ void S57ObjectRender::drawLights(const Parameter& p) const
                           + Point{std::cos(angle), std::sin(angle)}
                               * (radius * m_frame.pixelsPerPoint));
         }
-        strokeFigure(p, circle, {m_colors.textColor, 2, LinePattern::Solid});
+        strokeFigure(p, circle, {m_colors.inkColor, 2, LinePattern::Solid});
     }
     if (p.hits) { // one that shows nothing but its sector is found where it stands
         const double reach = 8 * m_frame.pixelsPerPoint;

@@ -69,10 +69,12 @@ void S57ObjectRender::drawSymbol(const Parameter& p, const Instruction& instruct
                             p.anchor.x + box.right * scale, p.anchor.y - box.bottom * scale}
                            .grownBy(box.width() * scale, box.height() * scale);
     const Rect space = p.portion.textBox.isEmpty() ? pictureBox(0) : p.portion.textBox;
-    if (!grown.intersects(space) || symbol->paths.empty())
+    if (!grown.intersects(space))
         return;
-    if (p.hits)
+    if (p.hits) // also where the scheme has no colour for the symbol
         return p.hits->hitBox(grown);
+    if (symbol->paths.empty())
+        return;
     const float angle = instruction.usesOrientation
         ? turned(p.object.orient().value_or(0) - m_frame.view.rotate())
         : turned(instruction.angle);

@@ -83,6 +83,10 @@ std::vector<CoveredWaters> coveredWaters(const CellGeometry& geometry,
 
 RenderColors RenderColors::from(const S52CcieMap& colors)
 {
+    // A library that lacks the colour of a text must not take the text away.
+    const auto orInk = [&](std::string_view token) {
+        return colorOf(colors, colors.contains(token) ? token : "CHBLK");
+    };
     return {.coverageColor = colorOf(colors, "DEPDW"),
             .landColor = colorOf(colors, "LANDA"),
             .coastLineColor = colorOf(colors, "CSTLN"),
@@ -92,8 +96,9 @@ RenderColors RenderColors::from(const S52CcieMap& colors)
             .shallowFillColor = colorOf(colors, "DEPVS"),
             .contourLineColor = colorOf(colors, "DEPCN"),
             .noDataColor = colorOf(colors, "NODTA"),
-            .soundingColor = colorOf(colors, "SNDG2"),
-            .textColor = colorOf(colors, "CHBLK")};
+            .soundingColor = orInk("SNDG2"),
+            .inkColor = colorOf(colors, "CHBLK"),
+            .textColor = orInk("UINFD")};
 }
 
 S57ObjectRender::S57ObjectRender(const ViewFrame& frame, const Portrayal& portrayal,
@@ -253,7 +258,9 @@ void S57ObjectRender::drawObject(const Parameter& p) const
     case 309:
     case 310:
     case 312: // told of a place, never drawn
-        return hitOutline(p);
+        if (p.isArea())
+            hitOutline(p);
+        return;
     default:
         return drawLookUp(p);
     }
@@ -486,7 +493,7 @@ void S57ObjectRender::drawSector(const Parameter& p) const
         legs.moveTo(p.anchor);
         legs.lineTo(p.anchor + direction(bearing) * legLength);
     }
-    strokeFigure(p, legs, {m_colors.textColor, thinLine, LinePattern::Dash});
+    strokeFigure(p, legs, {m_colors.inkColor, thinLine, LinePattern::Dash});
 
     double sweep = std::fmod(*to - *from, 360);
     if (sweep <= 0)
@@ -502,7 +509,7 @@ void S57ObjectRender::drawSector(const Parameter& p) const
                                                    : "LITYW";
     const DisplayColor* color = m_portrayal.color(token);
     // A dark edge keeps yellow apart from white water.
-    strokeFigure(p, arc, {m_colors.textColor, 4, LinePattern::Solid});
+    strokeFigure(p, arc, {m_colors.inkColor, 4, LinePattern::Solid});
     if (color)
         strokeFigure(p, arc, {*color, 2.4F, LinePattern::Solid});
 }

@@ -24,8 +24,9 @@ struct RenderColors {
     DisplayColor shallowFillColor; ///< DEPVS too, on purpose
     DisplayColor contourLineColor; ///< DEPCN
     DisplayColor noDataColor; ///< NODTA, where no chart is
-    DisplayColor soundingColor; ///< SNDG2
-    DisplayColor textColor; ///< CHBLK
+    DisplayColor soundingColor; ///< SNDG2; CHBLK where it is missing
+    DisplayColor inkColor; ///< CHBLK
+    DisplayColor textColor; ///< UINFD, the strongest of each scheme; CHBLK where it is missing
 
     [[nodiscard]] static RenderColors from(const S52CcieMap& colors);
 };

@@ -57,7 +57,8 @@ protected:
     /// Display points away from the middle, y down.
     std::vector<ChartPick::Hit> click(double right, double down, int scale = 20'000)
     {
-        const S52Render presentation(model);
+        S52Render presentation(model);
+        presentation.setColorTable(colorTable);
         const auto frame = ViewFrame::at(Position{10.5, 59.5}, scale, 30, 800, 600, 2, 66);
         return ChartPick::at(cells, *presentation.portrayal(), settings, frame,
                              {400 + 2 * right, 300 + 2 * down});
@@ -74,6 +75,7 @@ protected:
     S52Model model;
     RenderSettings settings;
     std::vector<std::shared_ptr<const CellGeometry>> cells;
+    int colorTable = 1;
 };
 } // namespace
 
@@ -94,6 +96,9 @@ TEST_F(Picked, MarksBeforeLinesBeforeTheSmallestArea)
     settings.showRestrictedAreas = false;
     EXPECT_EQ(names(click(0, 60)), (Names{"BUAARE", "DEPARE", "M_QUAL"}))
         << "what is not shown is not found";
+    colorTable = 2;
+    EXPECT_EQ(names(click(0, 0)).front(), "BOYLAT")
+        << "this library has no dusk, the buoy is there";
 }
 
 TEST_F(Picked, TheCellOnTopHidesTheOneBelow)

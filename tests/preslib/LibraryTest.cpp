@@ -4,6 +4,7 @@
 #include "presentation/CodeTables.h"
 #include "presentation/ProgramNames.h"
 #include "presentation/S52Model.h"
+#include "presentation/S57ObjectRender.h"
 #include "preslib/Source.h"
 
 #include <gtest/gtest.h>
@@ -290,6 +291,25 @@ TEST(Library, ColoursKeepTheirDistances)
                     distance(shown(table.at(one.token).color), shown(table.at(other.token).color));
                 EXPECT_NEAR(got, wanted, std::max(2.5, wanted * 0.2))
                     << one.token << ' ' << other.token << ' ' << scheme;
+            }
+    }
+}
+
+TEST(Library, NamesAndSoundingsStandOutInEveryScheme)
+{
+    const auto luminanceOf = [](DisplayColor color) {
+        double luminance = 0;
+        shown(color, &luminance);
+        return luminance;
+    };
+    for (const char* scheme : preslib::Library::schemeNames) {
+        const RenderColors colors = RenderColors::from(shipped().cols().at(scheme).ccie());
+        for (const DisplayColor text : {colors.textColor, colors.soundingColor})
+            for (const DisplayColor ground :
+                 {colors.landColor, colors.coverageColor, colors.shallowFillColor,
+                  colors.coastFillColor, colors.noDataColor}) {
+                const auto [dark, bright] = std::minmax({luminanceOf(text), luminanceOf(ground)});
+                EXPECT_GT(bright, 4 * dark) << scheme;
             }
     }
 }
