@@ -1,15 +1,18 @@
 #include "app/MainWindow.h"
 
+#include "app/AlarmBanner.h"
 #include "app/FirstStartCard.h"
 #include "app/FurnitureLayer.h"
 #include "app/InstrumentColumn.h"
+#include "app/Rail.h"
 #include "app/SettingsDialog.h"
+#include "app/StatusLine.h"
 #include "app/Style.h"
 #include "app/Text.h"
+#include "app/TopBar.h"
+#include "app/nav/NavText.h"
 #include "app/panels/Panels.h"
 #include "app/panels/WeatherPanel.h"
-#include "navigation/NavMath.h"
-#include "navigation/ValueFormatters.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -17,20 +20,14 @@
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QLocale>
+#include <QLabel>
 #include <QMenu>
-#include <QPainter>
+#include <QPushButton>
 #include <QScreen>
-#include <QScrollArea>
-#include <QScroller>
-#include <QShortcut>
-
-#include <cmath>
 
 namespace kelvox {
 
 namespace {
-constexpr auto noteTime = std::chrono::seconds(6);
 constexpr auto rememberDelay = std::chrono::milliseconds(700); ///< after the last move of a drag
 
 std::vector<std::filesystem::path> toPaths(const QStringList& names)
@@ -39,50 +36,6 @@ std::vector<std::filesystem::path> toPaths(const QStringList& names)
     for (const QString& name : names)
         paths.emplace_back(name.toStdString());
     return paths;
-}
-
-QFrame* makeFrame(const QString& name, QWidget* parent)
-{
-    auto* frame = new QFrame(parent);
-    frame->setObjectName(name);
-    frame->setAutoFillBackground(true);
-    return frame;
-}
-
-/// Large, round and red: found without reading.
-class MobButton final : public QPushButton {
-public:
-    explicit MobButton(QWidget* parent)
-        : QPushButton(QStringLiteral("MOB"), parent)
-    {
-    }
-
-protected:
-    void paintEvent(QPaintEvent* /*event*/) override
-    {
-        const Theme& theme = Theme::theme();
-        QPainter painter(this);
-        painter.setRenderHint(QPainter::Antialiasing);
-        const double line = theme.px(3);
-        painter.setBrush(isDown() ? theme.colors().red.darker(130) : theme.colors().red);
-        painter.setPen(hasFocus() ? QPen(theme.colors().text, line) : QPen(Qt::NoPen));
-        const double inset = hasFocus() ? line / 2 : 0;
-        painter.drawEllipse(QRectF(rect()).adjusted(inset, inset, -inset, -inset));
-        QFont words = font();
-        words.setPixelSize(theme.px(15));
-        words.setBold(true);
-        painter.setFont(words);
-        painter.setPen(theme.colors().background);
-        painter.drawText(rect(), Qt::AlignCenter, text());
-    }
-};
-
-QToolButton* makeButton(QWidget* parent, const QString& name)
-{
-    auto* button = new QToolButton(parent);
-    button->setObjectName(name);
-    button->setFocusPolicy(Qt::TabFocus);
-    return button;
 }
 } // namespace
 
@@ -93,119 +46,42 @@ MainWindow::MainWindow(Program& program)
                program.places().cache / "charts.sqlite")
     , m_area(new QWidget(this))
     , m_chart(new ChartView(program.pool(), m_area))
-    , m_topBar(makeFrame(QStringLiteral("topBar"), this))
-    , m_rail(makeFrame(QStringLiteral("rail"), this))
-    , m_statusLine(makeFrame(QStringLiteral("statusLine"), this))
+    , m_topBar(new TopBar(program, m_commands, this))
+    , m_rail(new Rail(this))
+    , m_statusLine(new StatusLine(program, *m_chart, m_charts, this))
     , m_instruments(new InstrumentColumn(program, this))
     , m_panels(new PanelHost(*this, *m_area, program.settings()))
     , m_banner(new AlarmBanner(program.alarms(), *m_area))
-    , m_mobButton(new MobButton(this))
-    , m_note(new QLabel(m_area))
-    , m_card(makeFrame(QStringLiteral("card"), m_area))
-    , m_latitude(NSPositionFormatter::Latitude, textCatalog().strings())
-    , m_longitude(NSPositionFormatter::Longitude, textCatalog().strings())
+    , m_overlays(*m_area, *m_chart, *m_panels, *m_banner)
+    , m_openCharts(*this)
 {
     setWindowTitle(QStringLiteral("Kelvox"));
     setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
     setMinimumSize(640, 480);
 
-    auto* central = new QWidget(this);
-    auto* rows = new QVBoxLayout(central);
-    rows->setContentsMargins(0, 0, 0, 0);
-    rows->setSpacing(0);
-    auto* columns = new QHBoxLayout;
-    columns->setSpacing(0);
-    columns->addWidget(m_rail);
-    columns->addWidget(m_area, 1);
-    columns->addWidget(m_instruments);
-    rows->addWidget(m_topBar);
-    rows->addLayout(columns, 1);
-    rows->addWidget(m_statusLine);
-    setCentralWidget(central);
-    setEdges(*m_topBar, Qt::BottomEdge);
-    setEdges(*m_rail, Qt::RightEdge);
-    setEdges(*m_statusLine, Qt::TopEdge);
-
-    m_note->setObjectName(QStringLiteral("card"));
-    makeCard(*m_note);
-    m_note->setWordWrap(true);
-    m_note->hide();
-    m_noteTimer.setSingleShot(true);
-    connect(&m_noteTimer, &QTimer::timeout, m_note, &QWidget::hide);
-    makeCard(*m_card);
-    auto* cardRows = new QVBoxLayout(m_card);
-    auto* cardHeading = new QHBoxLayout;
-    m_cardTitle = new QLabel(m_card);
-    m_cardTitle->setObjectName(QStringLiteral("panelTitle"));
-    auto* cardClose = makeButton(m_card, QStringLiteral("cardClose"));
-    cardClose->setAccessibleName(text("NSClose"));
-    connect(cardClose, &QToolButton::clicked, this, [this] { showCard({}, nullptr); });
-    m_railButtons.emplace_back(cardClose, QStringLiteral("close"));
-    cardHeading->addWidget(m_cardTitle, 1);
-    cardHeading->addWidget(cardClose);
-    cardRows->addLayout(cardHeading);
-    m_cardScroll = new QScrollArea(m_card);
-    m_cardScroll->setFrameShape(QFrame::NoFrame);
-    m_cardScroll->setWidgetResizable(true);
-    m_cardScroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    cardRows->addWidget(m_cardScroll);
-    m_card->hide();
-
+    buildWindow();
     m_fileOpener.add(&isWeatherFile, [this](const FileOpener::Files& files) {
         if (auto* panel = qobject_cast<WeatherPanel*>(openPanel(QStringLiteral("weather"))))
             panel->open(files.back());
     });
     m_fileOpener.setFallback([this](const FileOpener::Files& files) { open(files); });
     buildCommands();
-    buildTopBar();
-    buildRail();
-    buildStatusLine();
-
+    m_rail->addAction(m_commands.action("chart.follow"), QStringLiteral("follow"),
+                      QStringLiteral("follow"));
+    connect(m_rail, &Rail::manOverboard, this, &MainWindow::manOverboard);
+    connect(m_topBar, &TopBar::alarmsClicked, this,
+            [this] { m_panels->toggle(QStringLiteral("alarms")); });
     m_layers.push_back(std::make_unique<FurnitureLayer>([this] { m_chart->northUp(); }));
     addPanelsAndLayers(*this);
     m_panels->arrange({"gps", "instruments", "ais", "waypoints", "routes", "tracks", "weather",
                        "charts", "display", "connections", "devices", "alarms"});
-    for (SidePanel* panel : m_panels->panels()) {
-        auto* button = makeButton(m_railContent, QStringLiteral("rail.") + panel->name());
-        button->setCheckable(true);
-        button->setToolTip(text(panel->titleKey()));
-        button->setAccessibleName(text(panel->titleKey()));
-        connect(button, &QToolButton::clicked, this,
-                [this, panel] { m_panels->toggle(panel->name()); });
-        m_railContent->layout()->addWidget(button);
-        m_railButtons.emplace_back(button, panel->icon());
-        m_panelButtons.emplace_back(button, panel);
-    }
+    m_rail->addPanels(*m_panels);
     addPanelCommands();
-    buildMenu();
+    m_topBar->buildMenu();
     setTool(nullptr);
 
-    connect(m_chart, &ChartView::viewChanged, this, &MainWindow::updateStatus);
-    connect(m_chart, &ChartView::cursorMoved, this, &MainWindow::updateCursor);
-    connect(m_chart, &ChartView::pathsDropped, this,
-            [this](const QStringList& names) { openFiles(toPaths(names)); });
-    connect(m_chart, &ChartView::menuRequested, this, &MainWindow::showMenu);
-    connect(m_chart, &ChartView::panned, this, [this] { setFollowing(false); });
-    connectCharts();
-    for (const auto signal :
-         {&LiveData::vesselChanged, &LiveData::staleChanged, &LiveData::connectionsChanged})
-        connect(&program.live(), signal, this, &MainWindow::updateVessel);
-    connect(&program.live(), &LiveData::targetsMoved, m_chart, qOverload<>(&QWidget::update));
-    for (const auto signal :
-         {&Program::waypointsChanged, &Program::routesChanged, &Program::tracksChanged,
-          &Program::steeringChanged, &Program::weatherChanged})
-        connect(&program, signal, m_chart, qOverload<>(&QWidget::update));
-    connect(&program, &Program::schemeChanged, this, &MainWindow::restyle);
-    connect(&program, &Program::settingChanged, this, &MainWindow::settingChanged);
-    connect(&program, &Program::baseMapChanged, this, &MainWindow::updateScene);
-    connect(&program, &Program::unitsChanged, this, [this] {
-        updateScene();
-        updateStatus();
-        updateCursor();
-        m_chart->update();
-    });
-    connect(&program.alarms(), &AlarmCenter::changed, this, &MainWindow::updateAlarms);
-    connect(m_panels, &PanelHost::changed, this, &MainWindow::updateRail);
+    connectChart();
+    connectProgram();
     m_rememberTimer.setSingleShot(true);
     m_rememberTimer.setInterval(rememberDelay);
     connect(&m_rememberTimer, &QTimer::timeout, this, &MainWindow::rememberWindow);
@@ -230,6 +106,46 @@ MainWindow::~MainWindow()
     m_panels->disconnect(this); // the panels go after this
 }
 
+void MainWindow::buildWindow()
+{
+    auto* central = new QWidget(this);
+    auto* rows = new QVBoxLayout(central);
+    rows->setContentsMargins(0, 0, 0, 0);
+    rows->setSpacing(0);
+    auto* columns = new QHBoxLayout;
+    columns->setSpacing(0);
+    columns->addWidget(m_rail);
+    columns->addWidget(m_area, 1);
+    columns->addWidget(m_instruments);
+    rows->addWidget(m_topBar);
+    rows->addLayout(columns, 1);
+    rows->addWidget(m_statusLine);
+    setCentralWidget(central);
+}
+
+void MainWindow::connectProgram()
+{
+    for (const auto signal :
+         {&LiveData::vesselChanged, &LiveData::staleChanged, &LiveData::connectionsChanged})
+        connect(&m_program.live(), signal, this, &MainWindow::updateVessel);
+    connect(&m_program.live(), &LiveData::targetsMoved, m_chart, qOverload<>(&QWidget::update));
+    for (const auto signal :
+         {&Program::waypointsChanged, &Program::routesChanged, &Program::tracksChanged,
+          &Program::steeringChanged, &Program::weatherChanged})
+        connect(&m_program, signal, m_chart, qOverload<>(&QWidget::update));
+    connect(&m_program, &Program::schemeChanged, this, &MainWindow::restyle);
+    connect(&m_program, &Program::settingChanged, this, &MainWindow::settingChanged);
+    connect(&m_program, &Program::baseMapChanged, this, &MainWindow::updateScene);
+    connect(&m_program, &Program::unitsChanged, this, [this] {
+        updateScene();
+        m_statusLine->updateView();
+        m_statusLine->updateCursor();
+        m_chart->update();
+    });
+    connect(&m_program.alarms(), &AlarmCenter::changed, this, &MainWindow::updateAlarms);
+    connect(m_panels, &PanelHost::changed, this, &MainWindow::updateRail);
+}
+
 void MainWindow::buildCommands()
 {
     Commands& c = m_commands;
@@ -239,7 +155,7 @@ void MainWindow::buildCommands()
     c.add("file.open", file, QKeySequence::Open, [this] { chooseFiles(); });
     c.add("file.openFolder", file, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O),
           [this] { chooseFolder(); });
-    c.add("file.closeCharts", file, {}, [this] { closeCharts(); });
+    c.add("file.closeCharts", file, {}, [this] { m_openCharts.close(); });
     c.add("file.newWindow", file, QKeySequence::New, [this] {
         auto* other = new MainWindow(m_program);
         other->setAttribute(Qt::WA_DeleteOnClose);
@@ -268,7 +184,7 @@ void MainWindow::buildCommands()
 
     c.add("chart.zoomIn", view, QKeySequence::ZoomIn, [this] { m_chart->zoomIn(); });
     c.add("chart.zoomOut", view, QKeySequence::ZoomOut, [this] { m_chart->zoomOut(); });
-    c.add("chart.fit", view, QKeySequence(Qt::Key_Home), [this] { fitAll(); });
+    c.add("chart.fit", view, QKeySequence(Qt::Key_Home), [this] { m_openCharts.fitAll(); });
     c.addSwitch("chart.follow", view, QKeySequence(Qt::Key_F),
                 [this](bool on) { setFollowing(on); });
     c.addSwitch("chart.courseUp", view, QKeySequence(Qt::Key_C),
@@ -351,134 +267,20 @@ void MainWindow::chooseSymbols()
     updateScene();
 }
 
-void MainWindow::buildTopBar()
-{
-    auto* row = new QHBoxLayout(m_topBar);
-    row->setContentsMargins(0, 0, 0, 0);
-    m_menuButton = makeButton(m_topBar, QStringLiteral("menuButton"));
-    m_menuButton->setPopupMode(QToolButton::InstantPopup);
-    m_menuButton->setAccessibleName(text("NSMenu"));
-    m_menuButton->setToolTip(text("NSMenu"));
-    m_railButtons.emplace_back(m_menuButton, QStringLiteral("menu"));
-    auto* name = new QLabel(QStringLiteral("Kelvox"), m_topBar);
-    name->setProperty("role", QStringLiteral("heading"));
-    m_schemeButton = makeButton(m_topBar, QStringLiteral("schemeButton"));
-    m_schemeButton->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    m_schemeButton->setToolTip(text("NSCommand.view.nextScheme"));
-    connect(m_schemeButton, &QToolButton::clicked, m_commands.action("view.nextScheme"),
-            &QAction::trigger);
-    m_alarmsButton = makeButton(m_topBar, QStringLiteral("alarmsButton"));
-    m_alarmsButton->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    m_alarmsButton->setToolTip(text("NSAlarms"));
-    m_alarmsButton->setAccessibleName(text("NSAlarms"));
-    connect(m_alarmsButton, &QToolButton::clicked, this,
-            [this] { m_panels->toggle(QStringLiteral("alarms")); });
-    row->addWidget(m_menuButton);
-    row->addWidget(name);
-    row->addStretch(1);
-    row->addStretch(1);
-    row->addWidget(m_schemeButton);
-    row->addWidget(m_alarmsButton);
-}
-
-void MainWindow::buildMenu()
-{
-    auto* menu = new QMenu(m_menuButton);
-    std::map<std::string, QMenu*> groups;
-    for (const Commands::Command& command : m_commands.all()) {
-        QMenu*& group = groups[command.group];
-        if (!group)
-            group = menu->addMenu(text(command.group));
-        group->addAction(command.action);
-    }
-    m_menuButton->setMenu(menu);
-}
-
-void MainWindow::buildRail()
-{
-    auto* column = new QVBoxLayout(m_rail);
-    column->setSpacing(0);
-    // What a low window has no room for is scrolled to; the red button stays in reach.
-    auto* scroll = new QScrollArea(m_rail);
-    scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroll->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroll->setWidgetResizable(true);
-    scroll->setFocusPolicy(Qt::NoFocus);
-    QScroller::grabGesture(scroll->viewport(), QScroller::TouchGesture);
-    m_railContent = new QWidget(scroll);
-    auto* buttons = new QVBoxLayout(m_railContent);
-    buttons->setContentsMargins(0, 0, 0, 0);
-    buttons->setSpacing(0);
-    buttons->setAlignment(Qt::AlignTop | Qt::AlignHCenter);
-    scroll->setWidget(m_railContent);
-    column->addWidget(scroll, 1);
-    auto* follow = makeButton(m_railContent, QStringLiteral("rail.follow"));
-    follow->setDefaultAction(m_commands.action("chart.follow"));
-    follow->setAccessibleName(text("NSCommand.chart.follow"));
-    m_railButtons.emplace_back(follow, QStringLiteral("follow"));
-    buttons->addWidget(follow);
-    m_mobButton->setObjectName(QStringLiteral("mobButton"));
-    m_mobButton->setAccessibleName(text("NSCommand.vessel.manOverboard"));
-    m_mobButton->setToolTip(text("NSCommand.vessel.manOverboard"));
-    m_mobButton->setFocusPolicy(Qt::TabFocus);
-    connect(m_mobButton, &QPushButton::clicked, this, &MainWindow::manOverboard);
-    column->addWidget(m_mobButton, 0, Qt::AlignHCenter);
-}
-
-void MainWindow::buildStatusLine()
-{
-    auto* row = new QHBoxLayout(m_statusLine);
-    const auto add = [&](QLabel*& label, int stretch = 0) {
-        label = new QLabel(m_statusLine);
-        row->addWidget(label, stretch);
-    };
-    add(m_positionLabel);
-    add(m_rangeLabel, 1);
-    add(m_rotationLabel);
-    add(m_scaleLabel);
-    add(m_cellLabel);
-    add(m_gpsLabel);
-}
-
 void MainWindow::restyle()
 {
     const Theme& theme = Theme::theme();
-    m_topBar->setFixedHeight(theme.px(40));
-    m_rail->setFixedWidth(theme.px(64));
-    m_mobButton->setFixedSize(theme.px(56), theme.px(56));
-    QFont small = QApplication::font();
-    small.setPixelSize(theme.px(12));
-    m_statusLine->setFont(small);
+    m_topBar->restyle();
+    m_rail->restyle();
+    m_statusLine->restyle();
     m_instruments->setFixedWidth(theme.px(188));
-    m_statusLine->setFixedHeight(theme.px(28));
-    m_statusLine->layout()->setContentsMargins(theme.px(12), 0, theme.px(12), 0);
-    static_cast<QHBoxLayout*>(m_statusLine->layout())->setSpacing(theme.px(20));
-    m_rail->layout()->setContentsMargins(0, theme.px(8), 1, theme.px(8));
-    for (const auto& [button, icon] : m_railButtons) {
-        if (button->defaultAction())
-            button->defaultAction()->setIcon(theme.icon(icon));
-        else
-            button->setIcon(theme.icon(icon));
-        button->setIconSize(QSize(theme.px(24), theme.px(24)));
-        if (button->parentWidget() != m_railContent)
-            button->setFixedSize(theme.px(40), theme.px(40));
-    }
-    layOutRail();
+    m_rail->layOut(height());
     fitInstruments();
-    const char* const words[] = {"NSDay", "NSDusk", "NSNight"};
     const auto scheme = static_cast<int>(m_program.scheme());
-    m_schemeButton->setText(text(words[scheme]));
-    m_schemeButton->setIcon(theme.icon(QStringLiteral("scheme")));
-    m_schemeButton->setIconSize(QSize(theme.px(20), theme.px(20)));
-    m_schemeButton->setFixedHeight(theme.px(40));
-    m_alarmsButton->setIconSize(QSize(theme.px(20), theme.px(20)));
-    m_alarmsButton->setFixedHeight(theme.px(40));
     const char* const ids[] = {"view.day", "view.dusk", "view.night"};
     for (int i = 0; i < 3; ++i)
         m_commands.action(ids[i])->setChecked(i == scheme);
-    m_note->setMargin(theme.px(12));
-    m_card->layout()->setContentsMargins(theme.px(12), theme.px(4), theme.px(4), theme.px(12));
+    m_overlays.restyle();
     m_chart->setInterfaceScale(theme.scale());
     m_chart->setDimming(m_program.settings().number("dimming", 1));
     m_panels->restyle();
@@ -492,22 +294,7 @@ void MainWindow::restyle()
     updateScene();
     updateAlarms();
     updateRail();
-    placeOverlays();
-}
-
-void MainWindow::layOutRail()
-{
-    const Theme& theme = Theme::theme();
-    constexpr int lowest = 40; // pixels that a finger still hits, at any scale
-    const int count = m_railContent->layout()->count();
-    const int room = height() - theme.px(40 + 28 + 56 + 4 * 8);
-    const int each = std::clamp(room / std::max(count, 1), lowest, theme.px(48));
-    const int icon = std::min(theme.px(24), each - 12);
-    for (int i = 0; i < count; ++i) {
-        auto* button = static_cast<QToolButton*>(m_railContent->layout()->itemAt(i)->widget());
-        button->setFixedSize(theme.px(56), each);
-        button->setIconSize(QSize(icon, icon));
-    }
+    m_overlays.place();
 }
 
 void MainWindow::fitInstruments()
@@ -518,63 +305,18 @@ void MainWindow::fitInstruments()
     m_instruments->setVisible(room && m_commands.action("view.instruments")->isChecked());
 }
 
-void MainWindow::placeOverlays()
-{
-    m_chart->setGeometry(m_area->rect());
-    m_banner->place();
-    m_panels->setTop(m_banner->isHidden() ? 0 : m_banner->height());
-    const Theme& theme = Theme::theme();
-    const int margin = theme.px(16);
-    if (!m_card->isHidden()) {
-        m_card->setFixedWidth(std::min(theme.px(380), m_area->width() - 2 * margin));
-        if (m_cardContent) {
-            // As high as what is in it, as far as there is room; then it scrolls.
-            const QMargins around = m_card->layout()->contentsMargins();
-            const int width = m_card->width() - around.left() - around.right();
-            const int wanted = m_cardContent->hasHeightForWidth()
-                ? m_cardContent->heightForWidth(width)
-                : m_cardContent->sizeHint().height();
-            const int room = m_area->height() - 4 * margin - theme.px(56);
-            m_cardScroll->setFixedHeight(std::clamp(wanted, 0, std::max(room, theme.px(40))));
-        }
-        m_card->adjustSize();
-        m_card->move(m_area->width() - m_card->width() - margin,
-                     m_area->height() - m_card->height() - 3 * margin);
-        m_card->raise();
-    }
-    if (!m_note->isHidden()) {
-        // In the middle of what panel and card leave of the chart, or else above the card.
-        int left = m_panels->isHidden() ? 0 : m_panels->width();
-        int right = m_card->isHidden() ? m_area->width() : m_card->x();
-        int bottom = m_area->height() - 4 * margin;
-        if (right - left < theme.px(280)) {
-            left = 0;
-            right = m_area->width();
-            if (!m_card->isHidden())
-                bottom = m_card->y() - margin;
-        }
-        m_note->setFixedWidth(std::min(theme.px(480), right - left - 2 * margin));
-        m_note->adjustSize();
-        m_note->move(left + (right - left - m_note->width()) / 2, bottom - m_note->height());
-        m_note->raise();
-    }
-    m_banner->raise();
-}
-
 void MainWindow::resizeEvent(QResizeEvent* event)
 {
     QMainWindow::resizeEvent(event);
     m_rememberTimer.start();
-    layOutRail();
+    m_rail->layOut(height());
     fitInstruments();
     // The area gets its size with the layout, after this event.
-    QTimer::singleShot(0, this, &MainWindow::placeOverlays);
+    m_overlays.placeSoon();
 }
 
 bool MainWindow::eventFilter(QObject* object, QEvent* event)
 {
-    if (event->type() == QEvent::LayoutRequest && object == m_cardContent)
-        QTimer::singleShot(0, this, &MainWindow::placeOverlays); // it has become another height
     // The keys of a window rest while one of its dialogs is open. This one must not.
     const auto belongsHere = [this](QWidget* window) {
         while (window && window != this)
@@ -643,26 +385,12 @@ void MainWindow::showPosition(Position position)
 
 void MainWindow::showNote(const QString& note)
 {
-    m_note->setText(note);
-    m_note->show();
-    m_noteTimer.start(noteTime);
-    placeOverlays();
+    m_overlays.showNote(note);
 }
 
 void MainWindow::showCard(const QString& title, QWidget* content)
 {
-    if (m_cardContent) {
-        m_cardScroll->takeWidget();
-        m_cardContent->deleteLater();
-    }
-    m_cardContent = content;
-    m_card->setVisible(content != nullptr);
-    if (!content)
-        return;
-    m_cardTitle->setText(title);
-    m_cardScroll->setWidget(content);
-    content->show();
-    placeOverlays();
+    m_overlays.showCard(title, content);
 }
 
 void MainWindow::openFiles(const std::vector<std::filesystem::path>& files)
@@ -672,17 +400,12 @@ void MainWindow::openFiles(const std::vector<std::filesystem::path>& files)
 
 void MainWindow::setChartPlaces(const std::vector<std::filesystem::path>& places)
 {
-    m_charts.setPlaces(places);
-    m_remembersCharts = true;
-    rememberCharts();
+    m_openCharts.setPlaces(places);
 }
 
 void MainWindow::setSearch(QWidget* search)
 {
-    auto* row = static_cast<QHBoxLayout*>(m_topBar->layout());
-    constexpr int middle = 3; // between the two stretches
-    search->setMaximumWidth(Theme::theme().px(420));
-    row->insertWidget(middle, search, 2);
+    m_topBar->setSearch(search);
 }
 
 void MainWindow::offerRestore(const std::filesystem::path& report)
@@ -760,20 +483,24 @@ void MainWindow::rememberView()
 
 void MainWindow::open(const std::vector<std::filesystem::path>& paths)
 {
-    m_fitWhenLoaded = true;
-    m_fittedView.reset();
-    // The user's own charts take the place of the demo's.
-    if (!std::exchange(m_remembersCharts, true))
-        m_charts.setPlaces({});
-    m_charts.open(paths);
-    rememberCharts();
+    m_openCharts.open(paths);
+}
+
+bool MainWindow::openRemembered()
+{
+    if (!m_openCharts.openRemembered())
+        return false;
+    const Settings& settings = m_program.settings();
+    if (settings.find("chart.follow"))
+        setFollowing(settings.boolean("chart.follow"));
+    return true;
 }
 
 void MainWindow::openDemo()
 {
     constexpr int demoScale = 50'000;
     const auto& resources = m_program.places().resources;
-    m_charts.open({resources / "demo"});
+    m_openCharts.openDemo();
     m_chart->setScale(demoScale);
     setFollowing(true);
     if (m_program.live().isConnected())
@@ -803,9 +530,7 @@ void MainWindow::setCourseUp(bool on)
 void MainWindow::updateVessel()
 {
     const GPSController& gps = m_program.live().gps();
-    m_gpsLabel->setText(gps.positionIsStale()                ? text("NSGpsLost")
-                            : m_program.live().isSimulated() ? text("NSGpsDemo")
-                                                             : text("NSGpsGood"));
+    m_statusLine->updateVessel();
     if (gps.position().isKnown() && m_commands.action("chart.follow")->isChecked()) {
         const bool courseUp = m_commands.action("chart.courseUp")->isChecked();
         if (courseUp && isKnown(gps.courseOverGround()))
@@ -834,110 +559,30 @@ void MainWindow::manOverboard()
     m_program.waypointController().setWaypointArrivalAlarm(false);
     m_program.alarms().show({.key = "NSManOverboard",
                              .message = text("NSManOverboard").toStdString(),
-                             .informativeText = m_latitude.stringForObjectValue(position.latitude)
-                                 + "  " + m_longitude.stringForObjectValue(position.longitude),
+                             .informativeText = navtext::position(position).toStdString(),
                              .button = text("NSOK").toStdString()});
     if (m_program.settings().boolean("audio"))
         m_program.alarms().speak(text("NSManOverboard").toStdString());
     setFollowing(true);
 }
 
-void MainWindow::connectCharts()
+void MainWindow::connectChart()
 {
+    connect(m_chart, &ChartView::viewChanged, m_statusLine, &StatusLine::updateView);
+    connect(m_chart, &ChartView::cursorMoved, m_statusLine, &StatusLine::updateCursor);
+    connect(m_chart, &ChartView::pathsDropped, this,
+            [this](const QStringList& names) { openFiles(toPaths(names)); });
+    connect(m_chart, &ChartView::menuRequested, this, &MainWindow::showMenu);
+    connect(m_chart, &ChartView::panned, this, [this] { setFollowing(false); });
     connect(m_chart, &ChartView::viewChanged, this, [this] { m_charts.setView(m_chart->frame()); });
-    connect(m_chart, &ChartView::panned, this, [this] { m_fitWhenLoaded = false; });
     connect(&m_charts, &ChartSet::sceneChanged, this, [this] {
         m_charts.fill(m_scene);
         updateScene();
     });
-    connect(&m_charts, &ChartSet::chartsChanged, this, &MainWindow::chartsFound);
-    connect(&m_charts, &ChartSet::scanned, this, &MainWindow::scanFinished);
-    connect(&m_charts, &ChartSet::progress, this, [this](int done, int total) {
-        m_cellLabel->setText(
-            text("NSReadingCharts", {QString::number(done), QString::number(total)}));
-    });
+    connect(&m_openCharts, &OpenCharts::found, m_statusLine, &StatusLine::updateView);
+    connect(&m_charts, &ChartSet::progress, m_statusLine, &StatusLine::showProgress);
     connect(&m_charts, &ChartSet::failed, this, &MainWindow::showNote);
-    const auto choose = [this] {
-        const auto choice = m_program.settings().integer("chartChoice");
-        m_charts.setChoice(choice == 1       ? ChartChoice::Cells
-                               : choice == 2 ? ChartChoice::Rasters
-                                             : ChartChoice::Both);
-    };
-    connect(&m_program, &Program::settingChanged, this, [choose](const QString& key) {
-        if (key == QLatin1String("chartChoice"))
-            choose();
-    });
-    choose();
     chooseSymbols();
-}
-
-void MainWindow::chartsFound()
-{
-    // Something to see at once; the whole is fitted when all is known.
-    if (m_fitWhenLoaded && m_scene.cells.empty() && m_scene.rasters.empty()
-        && (!m_fittedView || m_fittedView == shownView())) {
-        fitAll();
-        m_fittedView = shownView();
-    }
-    updateStatus();
-}
-
-void MainWindow::scanFinished(int found)
-{
-    // Not from under the hand of a user who has gone elsewhere meanwhile.
-    const bool isMoved = m_fittedView && m_fittedView != shownView();
-    if (std::exchange(m_fitWhenLoaded, false) && found > 0 && !isMoved)
-        fitAll();
-    m_fittedView.reset();
-    updateStatus();
-}
-
-void MainWindow::rememberCharts()
-{
-    std::string places;
-    for (const auto& place : m_charts.places())
-        places += place.string() + '\n';
-    m_program.settings().set("charts.places", places);
-}
-
-bool MainWindow::openRemembered()
-{
-    const auto lines = QString::fromStdString(m_program.settings().text("charts.places"))
-                           .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    if (lines.isEmpty())
-        return false;
-    m_remembersCharts = true;
-    m_charts.setPlaces(toPaths(lines));
-    const Settings& settings = m_program.settings();
-    if (settings.find("chart.scale")) {
-        m_chart->setScale(static_cast<int>(settings.integer("chart.scale")));
-        m_chart->setRotation(settings.number("chart.rotation"));
-        m_chart->centerOn({.longitude = settings.number("chart.longitude"),
-                           .latitude = settings.number("chart.latitude")});
-        setFollowing(settings.boolean("chart.follow"));
-    } else {
-        m_fitWhenLoaded = true;
-    }
-    return true;
-}
-
-void MainWindow::fitAll()
-{
-    if (const Rect bounds = m_charts.bounds(); !bounds.isEmpty())
-        m_chart->showBounds(bounds);
-}
-
-std::tuple<double, double, int> MainWindow::shownView() const
-{
-    const Position center = m_chart->center();
-    return {center.latitude, center.longitude, m_chart->scale()};
-}
-
-void MainWindow::closeCharts()
-{
-    m_charts.setPlaces({});
-    if (m_remembersCharts)
-        rememberCharts();
 }
 
 void MainWindow::updateScene()
@@ -950,64 +595,23 @@ void MainWindow::updateScene()
     m_scene.settings.depthUnit = UnitsModel::units().waterDepthUnits;
     m_scene.settings.heightsInMetres = UnitsModel::units().heightsInMetres();
     m_chart->setScene(std::make_shared<const ChartScene>(m_scene));
-    updateStatus();
-}
-
-void MainWindow::updateStatus()
-{
-    const int scale = m_chart->scale();
-    m_scaleLabel->setText(QStringLiteral("1:%1  %2")
-                              .arg(QLocale(QLocale::English).toString(scale),
-                                   text(ChartSettingsController::cellTypeNameKey(scale))));
-    const int heading = qRound(m_chart->rotation()) % 360;
-    m_rotationLabel->setText(
-        heading == 0 ? QString() : QStringLiteral("⟲ %1°").arg(heading, 3, 10, QChar('0')));
-    const auto count = m_charts.charts().size();
-    m_cellLabel->setText(count == 0       ? text("NSNoChartOpen")
-                             : count == 1 ? QString::fromStdString(m_charts.charts().front()->name)
-                                          : countedText("NSCellCount", count));
-}
-
-void MainWindow::updateCursor()
-{
-    const auto position = m_chart->cursorPosition();
-    m_positionLabel->setText(position ? QString::fromStdString(
-                                 m_latitude.stringForObjectValue(position->latitude) + "   "
-                                 + m_longitude.stringForObjectValue(position->longitude))
-                                      : QString());
-    const Position vessel = m_program.live().gps().position();
-    QString range;
-    if (position && vessel.isKnown()) {
-        range =
-            text("NSRangeBearing",
-                 {QString::fromStdString(NSDtwFormatter().stringForObjectValue(
-                      NavMath::distanceFromPoint(vessel, *position))),
-                  QString::fromStdString(
-                      NSCogFormatter(textCatalog().strings())
-                          .stringForObjectValue(NavMath::bearingFromPoint(vessel, *position)))});
-    }
-    m_rangeLabel->setText(range);
+    m_statusLine->updateView();
 }
 
 void MainWindow::updateRail()
 {
-    for (const auto& [button, panel] : m_panelButtons)
-        button->setChecked(m_panels->isOpen(panel->name()));
-    placeOverlays();
+    m_rail->markOpen(*m_panels);
+    m_overlays.place();
 }
 
 void MainWindow::updateAlarms()
 {
-    const auto count = m_program.alarms().active().size();
-    const Theme& theme = Theme::theme();
-    placeOverlays(); // what lies below the banner has moved
-    m_alarmsButton->setText(QString::number(count));
-    if (count > 0 && isMinimized()) { // it must be seen to be acknowledged
+    m_topBar->updateAlarms();
+    m_overlays.place(); // what lies below the banner has moved
+    if (!m_program.alarms().active().empty() && isMinimized()) { // to be seen and acknowledged
         showNormal();
         raise();
     }
-    m_alarmsButton->setIcon(
-        theme.icon(QStringLiteral("alarm"), count > 0 ? theme.colors().red : theme.colors().text));
 }
 
 void MainWindow::chooseFiles()

@@ -1,30 +1,28 @@
 #pragma once
 
-#include "app/AlarmBanner.h"
 #include "app/ChartHost.h"
 #include "app/ChartLayer.h"
+#include "app/ChartOverlays.h"
 #include "app/ChartSet.h"
 #include "app/ChartView.h"
 #include "app/Commands.h"
 #include "app/FileOpener.h"
+#include "app/OpenCharts.h"
 #include "app/PanelHost.h"
 #include "app/Program.h"
-#include "navigation/PositionFormatter.h"
 
-#include <QLabel>
 #include <QMainWindow>
-#include <QPushButton>
 
 #include <memory>
-#include <optional>
-#include <tuple>
-
-class QScrollArea;
 
 namespace kelvox {
 
+class AlarmBanner;
 class InstrumentColumn;
+class Rail;
 class SettingsDialog;
+class StatusLine;
+class TopBar;
 
 /// A chart window: the chart edge to edge, a slim bar above, a rail at the left, instruments at the
 /// right, a status line below. Several may be open on one program.
@@ -73,16 +71,11 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
+    void buildWindow();
     void buildCommands();
     void addPanelCommands();
-    void buildMenu();
-    void buildTopBar();
-    void buildRail();
-    void buildStatusLine();
     void restyle();
-    void layOutRail(); ///< all buttons at once where there is room
     void fitInstruments();
-    void placeOverlays();
     void showMenu(const ChartPointer& pointer);
     /// @param group by its text key; empty for the one shown last
     void showSettings(const std::string& group);
@@ -92,16 +85,9 @@ private:
     void rememberView();
     void rememberWindow(); ///< soon after each change, so that a kill loses nothing
 
-    void connectCharts();
-    void chartsFound();
-    void scanFinished(int found);
-    void rememberCharts();
-    void fitAll();
-    [[nodiscard]] std::tuple<double, double, int> shownView() const;
-    void closeCharts();
+    void connectChart();
+    void connectProgram();
     void updateScene();
-    void updateStatus();
-    void updateCursor();
     void updateVessel();
     void updateRail();
     void updateAlarms();
@@ -117,44 +103,20 @@ private:
     ChartSet m_charts;
     QWidget* m_area; ///< all that lies over the chart has this parent
     ChartView* m_chart;
-    QFrame* m_topBar;
-    QFrame* m_rail;
-    QWidget* m_railContent = nullptr;
-    QFrame* m_statusLine;
+    TopBar* m_topBar;
+    Rail* m_rail;
+    StatusLine* m_statusLine;
     InstrumentColumn* m_instruments;
     PanelHost* m_panels;
     AlarmBanner* m_banner;
-    QPushButton* m_mobButton;
-    QToolButton* m_menuButton = nullptr;
-    QToolButton* m_schemeButton = nullptr;
-    QToolButton* m_alarmsButton = nullptr;
-    std::vector<std::pair<QToolButton*, QString>> m_railButtons; ///< with the icon's name
-    std::vector<std::pair<QToolButton*, SidePanel*>> m_panelButtons;
+    ChartOverlays m_overlays;
+    OpenCharts m_openCharts;
     std::vector<std::unique_ptr<ChartLayer>> m_layers;
     ChartLayer* m_tool = nullptr;
 
-    QLabel* m_note;
-    QTimer m_noteTimer;
     QTimer m_rememberTimer;
-    QFrame* m_card;
-    QLabel* m_cardTitle;
-    QScrollArea* m_cardScroll = nullptr;
-    QWidget* m_cardContent = nullptr;
-
     SettingsDialog* m_settingsDialog = nullptr;
     ChartScene m_scene;
-    bool m_fitWhenLoaded = false;
-    /// What was fitted when the first charts were found, in latitude, longitude and scale.
-    std::optional<std::tuple<double, double, int>> m_fittedView;
-    bool m_remembersCharts = false; ///< not while the demo charts are shown
-    NSPositionFormatter m_latitude;
-    NSPositionFormatter m_longitude;
-    QLabel* m_positionLabel = nullptr;
-    QLabel* m_rangeLabel = nullptr;
-    QLabel* m_scaleLabel = nullptr;
-    QLabel* m_rotationLabel = nullptr;
-    QLabel* m_cellLabel = nullptr;
-    QLabel* m_gpsLabel = nullptr;
 };
 
 } // namespace kelvox
