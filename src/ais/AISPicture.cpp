@@ -273,32 +273,41 @@ bool AISDisplay::shows(const AISPosition& target) const
     return target.underway() ? showUnderway : showStationary;
 }
 
-void AISPicture::update(const AISModel& model, const AISView& view, const AISDisplay& display,
-                        AISPosition::Time now)
+std::optional<AISPicture::Place> AISPicture::placeOf(const AISPosition& target, const AISView& view,
+                                                     const AISDisplay& display)
+{
+    const auto position = target.positionOnGPS();
+    if (!display.shows(target) || std::abs(position.latitude) >= highestLatitude)
+        return std::nullopt;
+    const Place place{view.pointAt(position),
+                      view.pointsPerMetre(position.latitude) * metresPerFoot};
+    if (!std::isfinite(place.at.x) || !std::isfinite(place.at.y)
+        || !std::isfinite(place.pointsPerFoot))
+        return std::nullopt;
+    const double reach = farthestReach(target, display, place.pointsPerFoot);
+    const double room = std::max(reach, display.showVesselNames ? longestLabel : 0);
+    if (!view.visible.grownBy(room, reach).contains(place.at))
+        return std::nullopt;
+    return place;
+}
+
+void AISPicture::update(std::span<const AISPosition* const> targets, const AISView& view,
+                        const AISDisplay& display, AISPosition::Time now)
 {
     m_count = 0;
     std::optional<std::size_t> selected;
-    for (const auto* target : model.positionEnumerator()) {
-        const auto place = target->positionOnGPS();
-        if (!display.shows(*target) || std::abs(place.latitude) >= highestLatitude)
-            continue;
-        const Point at = view.pointAt(place);
-        const double pointsPerFoot = view.pointsPerMetre(place.latitude) * metresPerFoot;
-        if (!std::isfinite(at.x) || !std::isfinite(at.y) || !std::isfinite(pointsPerFoot))
-            continue;
-
-        const double reach = farthestReach(*target, display, pointsPerFoot);
-        const double room = std::max(reach, display.showVesselNames ? longestLabel : 0);
-        if (!view.visible.grownBy(room, reach).contains(at))
+    for (const auto* target : targets) {
+        const auto place = placeOf(*target, view, display);
+        if (!place)
             continue;
         if (m_count == m_symbols.size())
             m_symbols.emplace_back();
         auto& symbol = m_symbols[m_count];
-        begin(symbol, *target, at);
+        begin(symbol, *target, place->at);
         symbol.timedOut = target->timedOut(now);
         symbol.selected = display.selected == target->mmsi();
         symbol.alarmed = display.alarmed == target->mmsi();
-        const Drawing drawing{*target, display, symbol, pointsPerFoot, view.rotation};
+        const Drawing drawing{*target, display, symbol, place->pointsPerFoot, view.rotation};
         symbol.shape = shapeOf(drawing);
         const Axes bowAxes = bowOf(drawing);
         const double bow = addOutline(drawing, bowAxes);

@@ -69,20 +69,40 @@ struct AISSymbol {
     bool labelOnLeft = false; ///< the text ends at labelAt instead of beginning there
 };
 
-/// The targets of a view as shapes, and which of them is under the pointer. Main thread.
+/// The targets of a view as shapes, and which of them is under the pointer. Belongs to the thread
+/// that updates it.
 ///
 /// Symbols lie in the order in which to draw them: the selected target last, on top. Updating
 /// again reuses the memory of the symbols before.
 class AISPicture {
 public:
+    void update(std::span<const AISPosition* const> targets, const AISView& view,
+                const AISDisplay& display, AISPosition::Time now);
     void update(const AISModel& model, const AISView& view, const AISDisplay& display,
-                AISPosition::Time now);
+                AISPosition::Time now)
+    {
+        update(model.positionEnumerator(), view, display, now);
+    }
+    /// Whether update() would make a symbol of the target: what to take along for a picture that
+    /// another thread makes.
+    [[nodiscard]] static bool isSeen(const AISPosition& target, const AISView& view,
+                                     const AISDisplay& display)
+    {
+        return placeOf(target, view, display).has_value();
+    }
     [[nodiscard]] std::span<const AISSymbol> symbols() const { return {m_symbols.data(), m_count}; }
     /// The target whose outline holds the point or lies within the tolerance, view points; of
     /// several the one whose antenna is nearest.
     [[nodiscard]] std::optional<std::int32_t> targetAt(Point point, double tolerance) const;
 
 private:
+    struct Place {
+        Point at;
+        double pointsPerFoot;
+    };
+    [[nodiscard]] static std::optional<Place>
+    placeOf(const AISPosition& target, const AISView& view, const AISDisplay& display);
+
     std::vector<AISSymbol> m_symbols; // the first m_count are in use
     std::size_t m_count = 0;
 };

@@ -1,5 +1,7 @@
 #include "app/AisImages.h"
 
+#include "painting/Pixels.h"
+
 #include <QPainterPath>
 
 #include <algorithm>
@@ -92,11 +94,29 @@ void AisImages::paintSymbol(QPainter& painter, const AISSymbol& symbol, QPointF 
 {
     const QImage& image = symbolImage(symbol, line);
     const double half = image.width() / image.devicePixelRatio() / 2;
-    // On whole device pixels it is copied instead of resampled.
+    place(painter, image, at - QPointF(half, half));
+}
+
+void AisImages::place(QPainter& painter, const QImage& image, QPointF topLeft) const
+{
     const double ratio = m_look.pixelRatio;
-    painter.drawImage(QPointF(std::round((at.x() - half) * ratio) / ratio,
-                              std::round((at.y() - half) * ratio) / ratio),
-                      image);
+    const QPoint corner(static_cast<int>(std::lround(topLeft.x() * ratio)),
+                        static_cast<int>(std::lround(topLeft.y() * ratio)));
+    if (!m_target) {
+        painter.drawImage(QPointF(corner) / ratio, image);
+        return;
+    }
+    const int first = std::max(0, -corner.x());
+    const int last = std::min(image.width(), m_target->width - corner.x());
+    const int bottom = std::min(image.height(), m_target->height - corner.y());
+    for (int row = std::max(0, -corner.y()); row < bottom; ++row) {
+        const auto* source = reinterpret_cast<const std::uint32_t*>(image.constScanLine(row));
+        std::uint32_t* pixels = m_target->pixels
+            + static_cast<std::ptrdiff_t>(corner.y() + row) * m_target->stride + corner.x();
+        for (int x = first; x < last; ++x)
+            if (source[x] != 0)
+                pixels[x] = over(pixels[x], source[x]);
+    }
 }
 
 const QImage& AisImages::labelImage(const std::string& name)
@@ -131,10 +151,7 @@ QSizeF AisImages::labelSize(const std::string& name)
 
 void AisImages::paintLabel(QPainter& painter, const std::string& name, QPointF topLeft)
 {
-    const double ratio = m_look.pixelRatio;
-    painter.drawImage(
-        QPointF(std::round(topLeft.x() * ratio) / ratio, std::round(topLeft.y() * ratio) / ratio),
-        labelImage(name));
+    place(painter, labelImage(name), topLeft);
 }
 
 LabelRoom::LabelRoom(double width, double height)

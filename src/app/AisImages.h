@@ -2,12 +2,14 @@
 
 #include "ais/AISPicture.h"
 #include "app/ChartLayer.h"
+#include "painting/AreaFiller.h"
 
 #include <QFont>
 #include <QHash>
 #include <QImage>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -15,7 +17,7 @@
 namespace kelvox {
 
 /// Symbols and names of targets as ready images, each painted once for a look: thousands of targets
-/// then cost little more than copying small images. Main thread.
+/// then cost little more than copying small images. One thread at a time.
 class AisImages {
 public:
     struct Look {
@@ -29,6 +31,10 @@ public:
     /// Everything that was painted for another look is dropped.
     void setLook(const Look& look, const QFont& font);
 
+    /// Where symbols and names go from now on: straight to these pixels, past the painter, which
+    /// then says nothing but their order among other things; or to the painter again.
+    void setTarget(std::optional<PixelBuffer> pixels) { m_target = pixels; }
+
     /// Paints the symbol about the point of its antenna; not for hulls to scale.
     void paintSymbol(QPainter& painter, const AISSymbol& symbol, QPointF at, const QColor& line);
     /// The size of a name in widget pixels.
@@ -38,11 +44,14 @@ public:
 private:
     [[nodiscard]] const QImage& symbolImage(const AISSymbol& symbol, const QColor& line);
     [[nodiscard]] const QImage& labelImage(const std::string& name);
+    /// On whole device pixels, where it is copied instead of resampled.
+    void place(QPainter& painter, const QImage& image, QPointF topLeft) const;
 
     static constexpr std::size_t mostLabels = 20'000;
 
     Look m_look;
     QFont m_font;
+    std::optional<PixelBuffer> m_target;
     QHash<std::uint64_t, QImage> m_symbols;
     std::unordered_map<std::string, QImage> m_labels;
 };

@@ -110,6 +110,66 @@ TEST_F(TrafficTest, AClickOpensTheTargetADoubleClickCentresAndTheSeaIsLeftToTheC
     EXPECT_FALSE(layer.click(first, frame));
 }
 
+TEST_F(TrafficTest, ManyTargetsArePaintedAsideAndAreWhereTheyAreSeen)
+{
+    live().gps().processRawSentence(LiveScene::rmc("5954.000"));
+    const Position north{.longitude = 10.52, .latitude = 59.905};
+    hear(211'000'001, north.longitude, north.latitude);
+    for (unsigned i = 0; i < 300; ++i) // away from it, in the south
+        hear(211'001'000 + i, 10.48 + 0.0002 * i, 59.9);
+    program().settings().set("showVesselNames", false);
+    program().settings().set("aisVectorMinutes", 0LL);
+    AisLayer layer(live(), *this);
+    const auto inkAt = [&](Position position) {
+        const QImage image = paint(layer);
+        const QPoint at = pointerAt(position).at.toPoint();
+        int count = 0;
+        for (int x = -9; x <= 9; ++x)
+            for (int y = -9; y <= 9; ++y)
+                count += image.pixelColor(at + QPoint(x, y)) != QColor(Qt::white) ? 1 : 0;
+        return count;
+    };
+    ASSERT_TRUE(runUntil([&] { return inkAt(north) > 0; }));
+    EXPECT_EQ(layer.shownTargets(), 301U);
+
+    // Dragged and zoomed: at once in its new place, for the eye and for a click.
+    const auto expectThere = [&] {
+        EXPECT_GT(inkAt(north), 0);
+        ASSERT_TRUE(layer.itemAt(pointerAt(north), frame));
+        EXPECT_EQ(layer.itemAt(pointerAt(north), frame)->name, QStringLiteral("~211000001"));
+    };
+    frame = ViewFrame::at(Position{.longitude = 10.53, .latitude = 59.9}, 50'000, 0, 800, 600, 1,
+                          S57Controller::maximumDpi);
+    expectThere();
+    frame = ViewFrame::at(Position{.longitude = 10.53, .latitude = 59.9}, 30'000, 40, 800, 600, 1,
+                          S57Controller::maximumDpi);
+    expectThere();
+
+    // The selected one is where it says it is before there is another picture.
+    EXPECT_TRUE(layer.click(pointerAt(north), frame));
+    const Position farther{.longitude = 10.52, .latitude = 59.91};
+    hear(211'000'001, farther.longitude, farther.latitude);
+    EXPECT_GT(inkAt(farther), 0);
+    EXPECT_TRUE(runUntil([&] { return inkAt(north) == 0; }));
+
+    // Few again: nothing is left of the picture.
+    live().ais().model().removeAll();
+    hear(211'000'002, north.longitude, north.latitude);
+    EXPECT_GT(inkAt(north), 0);
+    EXPECT_EQ(layer.shownTargets(), 1U);
+    EXPECT_EQ(inkAt(Position{.longitude = 10.51, .latitude = 59.9}), 0);
+}
+
+TEST_F(TrafficTest, TrafficIsSeenAcrossTheDateLine)
+{
+    hear(211'000'001, -179.99, 10);
+    AisLayer layer(live(), *this);
+    frame = ViewFrame::at(Position{.longitude = 179.99, .latitude = 10}, 50'000, 0, 800, 600, 1,
+                          S57Controller::maximumDpi);
+    (void)paint(layer);
+    EXPECT_EQ(layer.shownTargets(), 1U);
+}
+
 TEST_F(TrafficTest, TheOwnVesselIsDrawnToScaleOnceItsSizeIsKnown)
 {
     live().gps().processRawSentence(LiveScene::rmc("5954.000"));

@@ -1,18 +1,20 @@
 #pragma once
 
 #include "app/ChartLayer.h"
+#include "app/LayerPicture.h"
 #include "app/nav/NavActions.h"
 #include "app/nav/SheetLine.h"
 #include "navigation/TrackLines.h"
 
 #include <QObject>
 
+#include <memory>
 #include <vector>
 
 namespace kelvox {
 
 /// The recorded track. Its lines are laid out on the sheet when points come, and projected when the
-/// view moves; a view that stands still only draws them again.
+/// view moves; a view that stands still only draws them again. A long one is painted on a worker.
 class TrackLayer final : public QObject, public ChartLayer {
     Q_OBJECT
 public:
@@ -35,21 +37,30 @@ private:
     struct DrawnPart {
         std::size_t line;
         TrackColor color;
-        QPolygonF points;
+        QPolygonF points; ///< display points
     };
+    using Chunks = std::vector<Chunk>;
+    using Parts = std::vector<DrawnPart>;
+    /// How lines are drawn; holds what a worker may look at.
+    struct Style;
+
     void layOut();
     void project(const ViewFrame& frame);
-    [[nodiscard]] std::optional<std::size_t> lineAt(QPointF point) const;
+    [[nodiscard]] static Parts partsOf(const Chunks& chunks, const ViewFrame& frame);
+    static void paintParts(QPainter& painter, const Parts& parts, const Style& style);
+    static void paintParts(QImage& picture, double pixelsPerPoint, const Parts& parts,
+                           const Style& style);
+    [[nodiscard]] std::optional<std::size_t> lineAt(QPointF point, const ViewFrame& frame) const;
 
     NavActions& m_actions;
     bool m_layOut = true;
-    std::vector<Chunk> m_chunks;
-    std::vector<DrawnPart> m_parts;
-    // The view that the parts are for.
-    Point m_center;
-    int m_scale = 0;
-    float m_rotation = 0;
-    Size m_size;
+    std::shared_ptr<const Chunks> m_chunks = std::make_shared<Chunks>();
+    std::size_t m_points = 0; ///< in the chunks
+    // What lies under the pointer, of the picture or of what was painted with the chart.
+    std::shared_ptr<const Parts> m_parts = std::make_shared<Parts>();
+    std::shared_ptr<const Parts> m_coming; ///< with the next picture
+    ViewFrame m_frame; ///< that the parts are for
+    LayerPicture m_picture;
     double m_interfaceScale = 1;
 };
 
