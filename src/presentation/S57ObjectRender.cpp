@@ -19,6 +19,7 @@ constexpr int noCoverage = 2; ///< CATCOV
 constexpr int landPointScale = 2'500'000; ///< islands too small to be areas vanish beyond it
 constexpr double scaleAllowance = 1.25; ///< beyond its own scale a feature stays this much longer
 constexpr double soundingRoom = 24; ///< display points from one figure to the next
+constexpr double smallestNamed = 20; ///< display points from corner to corner of what is named
 constexpr double labelReach = 16; ///< pixels; a click this near a labelled place means it
 constexpr double feetPerMetre = 3.2808399;
 constexpr double metresPerInch = 0.0254;
@@ -420,10 +421,19 @@ void S57ObjectRender::addText(const Parameter& p, std::string text, S57TextModel
     item.figure.haloColor = m_colors.coverageColor.withOpacity(0.75);
     item.anchor = p.anchor;
     item.centred = centred;
+    item.across = p.isArea() ? acrossPixels(p) : 0;
     item.rank = rank;
     item.cell = p.cellRank;
     item.order = p.index;
     p.texts.add(std::move(item));
+}
+
+double S57ObjectRender::acrossPixels(const Parameter& p)
+{
+    const Rect box = p.geometry.bounds(p.index);
+    const Point one = p.toPixels.map({box.left, box.bottom});
+    const Point other = p.toPixels.map({box.right, box.top});
+    return std::hypot(other.x - one.x, other.y - one.y);
 }
 
 void S57ObjectRender::drawObjectName(const Parameter& p) const
@@ -433,6 +443,8 @@ void S57ObjectRender::drawObjectName(const Parameter& p) const
     if (!m_settings.showPlaceNames || !p.feature.hasName())
         return;
     const bool area = hasAreaName(p.feature.objectCode());
+    if (area && p.isArea() && acrossPixels(p) < smallestNamed * m_frame.pixelsPerPoint)
+        return; // too small for a name: it would stand on what lies about it
     using Rank = S57TextModel::Rank;
     const bool land = p.isArea() && p.feature.objectCode() == s57class::LNDARE;
     addText(p, std::string(p.object.name()),

@@ -144,6 +144,8 @@ private:
     void drawElevation(const Parameter& p) const;
     void drawSector(const Parameter& p) const;
     void drawLightCharacter(const Parameter& p) const;
+    /// From corner to corner of what the feature covers.
+    [[nodiscard]] static double acrossPixels(const Parameter& p);
     void addText(const Parameter& p, std::string text, S57TextModel::Rank rank, bool centred,
                  bool italic) const;
 

@@ -142,8 +142,12 @@ public:
         const std::array<Candidate, 5> over{
             {{{0, 0}}, {{0, -near}, 1}, {{0, near}, 1}, {{0, -off}, 3}, {{0, off}, 3}}};
         std::span<const Candidate> candidates = beside;
-        if (item.centred)
-            candidates = std::span(over).first(item.rank == S57TextModel::Rank::Land ? 1 : 5);
+        if (item.centred) {
+            // Farther off only where that is still in or at the area.
+            const bool isRoomy = off - size.height / 2 < item.across / 2;
+            const bool isLand = item.rank == S57TextModel::Rank::Land;
+            candidates = std::span(over).first(isLand ? 1 : isRoomy ? 5 : 3);
+        }
         std::optional<Point> best;
         const bool isDetail = item.rank == S57TextModel::Rank::Detail;
         int least = isDetail ? 1 : impossible;

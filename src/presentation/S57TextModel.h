@@ -23,6 +23,7 @@ public:
     struct Item {
         TextFigure figure;
         Point anchor; ///< pixel
+        double across = 0; ///< pixels from corner to corner of the area that it names
         bool centred = false; ///< over its anchor; else beside it, on whichever side is free
         Rank rank = Rank::Detail;
         std::uint32_t cell = 0; ///< 0 the finest, whose labels come first
