@@ -2,6 +2,7 @@
 
 #include "app/NavScene.h"
 
+#include "app/ChartSet.h"
 #include "app/MeasureTool.h"
 #include "app/PickLayer.h"
 #include "app/SearchBox.h"
@@ -99,6 +100,48 @@ TEST_F(ChartWindow, TheSearchFindsPositionsWaypointsAndCommands)
     EXPECT_NEAR(chart().center().latitude, 59.5, onePixel);
     EXPECT_NEAR(chart().center().longitude, 10.5, onePixel);
     EXPECT_TRUE(search.text().isEmpty());
+}
+
+TEST_F(ChartWindow, TheFirstViewShowsAllChartsAndLaterOnesLeaveTheViewAlone)
+{
+    const SmallCell small; // 10.45 to 10.55 E, 59.45 to 59.55 N
+    S57CellWriter other({.name = "KV5TEST2"});
+    other.addArea("M_COVR", {{11, 59.6}, {11.1, 59.6}, {11.1, 59.7}, {11, 59.7}},
+                  {{"CATCOV", "1"}});
+    ASSERT_TRUE(small.writer.save(folder.path() / "charts"));
+    ASSERT_TRUE(other.save(folder.path() / "charts" / "below"));
+    window.openFiles({folder.path() / "charts"});
+    const auto pixelOf = [&](Position position) {
+        const ViewFrame frame = chart().frame();
+        return frame.pixelOf(frame.view.positionToPoint(position));
+    };
+    const auto shows = [&](Position position) {
+        const ViewFrame frame = chart().frame();
+        const Point p = pixelOf(position);
+        return p.x > 0 && p.y > 0 && p.x < frame.width && p.y < frame.height;
+    };
+    const Position southWest{10.45, 59.45};
+    const Position northEast{11.1, 59.7};
+    waitFor([&] { return shows(southWest) && shows(northEast); });
+    waitFor([&] { return chart().scene()->cells.size() == 2; });
+    const Point across = pixelOf(northEast) - pixelOf(southWest);
+    EXPECT_GT(std::max(across.x / chart().frame().width, -across.y / chart().frame().height), 0.9)
+        << "no smaller than need be";
+
+    S57CellWriter far({.name = "KV5TEST3"});
+    far.addArea("M_COVR", {{20, 50}, {20.1, 50}, {20.1, 50.1}, {20, 50.1}}, {{"CATCOV", "1"}});
+    ASSERT_TRUE(far.save(folder.path() / "more"));
+    window.openFiles({folder.path() / "more"});
+    press({500, 300});
+    move({540, 300});
+    move({560, 300});
+    const Position held = chart().center();
+    const ChartSet& charts = static_cast<ChartHost&>(window).charts();
+    waitFor([&] { return charts.bounds().right > 20; });
+    settle();
+    release({560, 300});
+    EXPECT_NEAR(chart().center().longitude, held.longitude, 1e-9)
+        << "a user who has moved the chart meanwhile is left where he is";
 }
 
 TEST_F(ChartWindow, AClickTellsWhatLiesThereAndEscClosesIt)

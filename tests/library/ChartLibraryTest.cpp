@@ -298,6 +298,29 @@ TEST_F(ChartLibraryTest, RastersAreIndexedAndShownToo)
     EXPECT_EQ(shown(*library), "");
 }
 
+TEST_F(ChartLibraryTest, ARasterWithoutAPlaceIsToldAndDisturbsNoOther)
+{
+    const auto white = [](int, std::span<std::uint8_t> row) {
+        std::fill(row.begin(), row.end(), std::uint8_t{1});
+    };
+    KapDescription lost = smallRaster(20, 60);
+    lost.referencePoints.clear();
+    ASSERT_TRUE(writeFileAtomically(charts() / "LOST.KAP", writeKap(lost, white)));
+    ASSERT_TRUE(writeFileAtomically(charts() / "HERE.KAP", writeKap(smallRaster(20, 60), white)));
+    const auto library = make();
+    library->setPlaces({charts()});
+    EXPECT_EQ(report().found, 5U);
+    ASSERT_EQ(m_failures.size(), 1U);
+    EXPECT_NE(m_failures[0].find("LOST.KAP"), std::string::npos);
+    EXPECT_NE(m_failures[0].find("does not tell its place"), std::string::npos);
+    library->setView(around(20.05, 59.95, 50'000));
+    waitForCharts(*library);
+    EXPECT_EQ(shown(*library), "HERE ");
+    const Rect all = library->bounds();
+    EXPECT_NEAR(all.left, 10, 1e-6) << "not at zero, where a chart without a place would lie";
+    EXPECT_NEAR(all.bottom, 59, 1e-6);
+}
+
 TEST_F(ChartLibraryTest, MayGoAwayAtAnyMoment)
 {
     for (int steps = 0; steps < 12; ++steps) {
