@@ -396,6 +396,12 @@ void LiveData::noteStaleness()
         emit staleChanged();
 }
 
+void LiveData::vesselHasChanged()
+{
+    if (!m_vesselTimer.isActive())
+        m_vesselTimer.start(burst);
+}
+
 void LiveData::plotPosition(Position position)
 {
     constexpr float step = 0.0008F; // nautical miles: below it the receiver's noise
@@ -409,17 +415,17 @@ void LiveData::plotPosition(Position position)
         m_swing.push_back(position);
     }
     emit vesselMoved();
-    m_vesselTimer.start(0);
+    vesselHasChanged();
 }
 
 void LiveData::plotCourse(float /*degreesTrue*/)
 {
-    m_vesselTimer.start(0);
+    vesselHasChanged();
 }
 
 void LiveData::plotSpeed(float /*knots*/)
 {
-    m_vesselTimer.start(0);
+    vesselHasChanged();
 }
 
 void LiveData::recordTrack(const TrackSample& sample)

@@ -126,9 +126,12 @@ signals:
     void proximityAlarmChanged();
 
 private:
+    /// A receiver says position, course and speed in sentences of their own, in one burst.
+    static constexpr auto burst = std::chrono::milliseconds(20);
     static constexpr auto coalescing = std::chrono::milliseconds(100);
     static constexpr std::size_t longestSwing = 4096;
 
+    void vesselHasChanged();
     void updateConnections();
     void reopen();
     void noteStaleness();

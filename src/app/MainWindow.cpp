@@ -128,10 +128,16 @@ void MainWindow::connectProgram()
     for (const auto signal :
          {&LiveData::vesselChanged, &LiveData::staleChanged, &LiveData::connectionsChanged})
         connect(&m_program.live(), signal, this, &MainWindow::updateVessel);
-    connect(&m_program.live(), &LiveData::targetsMoved, m_chart, qOverload<>(&QWidget::update));
+    // What a fix brings comes one after the other: one picture for all of it, so this waits a
+    // little longer than the vessel's own signal.
+    m_redrawTimer.setSingleShot(true);
+    m_redrawTimer.setInterval(std::chrono::milliseconds(30));
+    connect(&m_redrawTimer, &QTimer::timeout, m_chart, qOverload<>(&QWidget::update));
+    connect(&m_program.live(), &LiveData::targetsMoved, this, &MainWindow::redrawSoon);
+    for (const auto signal : {&Program::tracksChanged, &Program::steeringChanged})
+        connect(&m_program, signal, this, &MainWindow::redrawSoon);
     for (const auto signal :
-         {&Program::waypointsChanged, &Program::routesChanged, &Program::tracksChanged,
-          &Program::steeringChanged, &Program::weatherChanged})
+         {&Program::waypointsChanged, &Program::routesChanged, &Program::weatherChanged})
         connect(&m_program, signal, m_chart, qOverload<>(&QWidget::update));
     connect(&m_program, &Program::schemeChanged, this, &MainWindow::restyle);
     connect(&m_program, &Program::settingChanged, this, &MainWindow::settingChanged);
@@ -538,7 +544,13 @@ void MainWindow::updateVessel()
         // Course up, more of the water ahead is worth seeing.
         m_chart->keepAt(gps.position(), {0.5, courseUp ? 0.7 : 0.5});
     }
-    m_chart->update();
+    redrawSoon();
+}
+
+void MainWindow::redrawSoon()
+{
+    if (!m_redrawTimer.isActive())
+        m_redrawTimer.start();
 }
 
 void MainWindow::manOverboard()

@@ -89,6 +89,7 @@ private:
     void connectProgram();
     void updateScene();
     void updateVessel();
+    void redrawSoon();
     void updateRail();
     void updateAlarms();
     void setFollowing(bool on);
@@ -114,6 +115,7 @@ private:
     std::vector<std::unique_ptr<ChartLayer>> m_layers;
     ChartLayer* m_tool = nullptr;
 
+    QTimer m_redrawTimer;
     QTimer m_rememberTimer;
     SettingsDialog* m_settingsDialog = nullptr;
     ChartScene m_scene;
