@@ -295,11 +295,21 @@ void ReaderThread::readLogFile()
     if (!log)
         return;
     if (log->atEnd()) {
-        setLogFile(nullptr);
+        {
+            const std::scoped_lock lock(m_mutex);
+            if (m_log != log)
+                return; // another one has been chosen meanwhile
+            m_log = nullptr;
+        }
         tellMain([](Owner& owner) { owner.logFileEnded(); });
         return;
     }
     wait(log->wait());
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (m_log != log)
+            return;
+    }
     if (const auto text = log->next()) {
         const std::string_view line = *text;
         deliver({&line, 1});

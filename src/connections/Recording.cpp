@@ -104,9 +104,12 @@ void Replay::setSpeed(double factor)
     m_speed = std::clamp(factor, 1.0, 60.0);
 }
 
+// False at the end. A file may hold no sentence for gigabytes: after so much of it comes back
+// without a line, for the caller to look whether it is still wanted.
 bool Replay::fetch()
 {
-    while (!m_next) {
+    constexpr int mostBlocks = 64;
+    for (int blocks = 0; !m_next;) {
         auto line = m_lines.next();
         std::string last;
         if (!line) {
@@ -114,6 +117,8 @@ bool Replay::fetch()
             const auto count = std::fread(block.data(), 1, block.size(), m_file.get());
             if (count > 0) {
                 m_lines.append({block.data(), count});
+                if (++blocks == mostBlocks)
+                    return true;
                 continue;
             }
             last = m_lines.takeRest();
@@ -136,7 +141,7 @@ double Replay::wait()
 {
     constexpr double longestGap = 60; // a pause in the recording is not waited out for hours
     const std::scoped_lock lock(m_mutex);
-    if (!fetch())
+    if (!fetch() || !m_next)
         return 0;
     const auto due = m_givenAt + std::min(m_next->logTime - m_logTime, longestGap) / m_speed;
     return std::max(0.0, due - m_clock.monotonicSeconds());

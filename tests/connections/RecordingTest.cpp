@@ -67,6 +67,26 @@ TEST(Recording, PlainLogsAndSecondsAndLongGaps)
     EXPECT_FALSE(recorder.start(folder.path() / "no/folder"));
 }
 
+TEST(Recording, AFileWithoutSentencesIsReadInPieces)
+{
+    TemporaryFolder folder;
+    std::ofstream file(folder.path() / "log");
+    for (int i = 0; i < 200'000; ++i)
+        file << "this is no sentence\n";
+    file << "$A\n";
+    file.close();
+    ThreadClock clock;
+    auto opened = Replay::open(folder.path() / "log", clock);
+    ASSERT_TRUE(opened);
+    auto& replay = **opened;
+    EXPECT_FALSE(replay.atEnd());
+    EXPECT_EQ(replay.next(), std::nullopt) << "whoever stops it does not wait for all of the file";
+    std::optional<std::string> line;
+    while (!line && !replay.atEnd())
+        line = replay.next();
+    EXPECT_EQ(line, "$A\n");
+}
+
 TEST(MonitorLog, BoundedPausableFilterable)
 {
     using Texts = std::vector<std::string>;
