@@ -37,8 +37,9 @@ QPolygonF polygonAbout(const Path& path, Point origin, QPointF centre)
 
 void AisImages::setLook(const Look& look, const QFont& font)
 {
-    if (look.line == m_look.line && look.fill == m_look.fill && look.halo == m_look.halo
-        && look.scale == m_look.scale && look.pixelRatio == m_look.pixelRatio && font == m_font)
+    if (look.line == m_look.line && look.fill == m_look.fill && look.text == m_look.text
+        && look.halo == m_look.halo && look.scale == m_look.scale
+        && look.pixelRatio == m_look.pixelRatio && font == m_font)
         return;
     m_look = look;
     m_font = font;
@@ -138,7 +139,7 @@ const QImage& AisImages::labelImage(const std::string& name)
     painter.setPen(m_look.halo);
     for (const QPointF around : {QPointF(1, 1), QPointF(1, -1), QPointF(-1, 1), QPointF(-1, -1)})
         painter.drawText(base + around, words);
-    painter.setPen(m_look.line);
+    painter.setPen(m_look.text);
     painter.drawText(base, words);
     painter.end();
     return m_labels.emplace(name, image).first->second;

@@ -23,7 +23,8 @@ public:
     struct Look {
         QColor line;
         QColor fill;
-        QColor halo; ///< behind names
+        QColor text; ///< of names
+        QColor halo; ///< behind them
         double scale = 1;
         double pixelRatio = 1;
     };
