@@ -105,7 +105,7 @@ AisLayer::Style AisLayer::styleOf(const QPainter& painter, const ViewFrame& fram
                 .now = m_live.now(),
                 .images = {.line = look.color("ARPAT"),
                            .fill = look.color("DEPDW"),
-                           .text = look.color("CHBLK"), // a thin green is hard to read
+                           .text = look.color("UINFD"), // a thin green is hard to read
                            .halo = look.color("DEPDW"),
                            .scale = look.scale,
                            .pixelRatio = frame.pixelsPerPoint},
