@@ -22,9 +22,9 @@ struct Work {
 };
 
 constexpr std::size_t portionSize = 400;
-/// Display points around the picture from which texts are gathered: about the length of a long
-/// name, so that a label is placed as it will be once its neighbours have come into the picture.
-constexpr double textMargin = 192;
+/// Display points around the picture from which texts are gathered: twice the length of a long
+/// name, for a label gives way to one that itself has given way to a third.
+constexpr double textMargin = 448;
 
 double textReach(const ViewFrame& frame)
 {

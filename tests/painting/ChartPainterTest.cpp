@@ -112,4 +112,23 @@ TEST_F(TwoCells, NothingJumpsWhileTheChartIsPanned)
     EXPECT_EQ(before.copy(61, 0, 439, 357), after.copy(0, 43, 439, 357));
 }
 
+TEST_F(TwoCells, ANameGivesWayToOneFarOutsideThePicture)
+{
+    // Each name would stand to the right of its mark, where that of the mark before it may be: the
+    // last goes by what the first left to the second.
+    const auto first = ViewFrame::at(Position{10.51, 59.5}, 10'000, 0, 500, 400, 1, 66);
+    for (const int x : {-200, -50, 100})
+        (x < 0 ? west : east)
+            .addPoint("UWTROC", first.view.pointToPosition(first.viewPointOf({x * 1.0, 200})),
+                      {{"OBJNAM", "Northern Approach Channel Rock " + std::to_string(x)}});
+    ChartScene scene;
+    scene.cells = {geometryOf(west), geometryOf(east)};
+    scene.portrayal = presentation.portrayal();
+    ViewFrame moved = first;
+    moved.center = first.viewPointOf({250 - 60, 200});
+    const ChartPainter painter(pool);
+    EXPECT_EQ(painter.paint(scene, first).copy(0, 0, 440, 400),
+              painter.paint(scene, moved).copy(60, 0, 440, 400));
+}
+
 } // namespace kelvox
