@@ -5,8 +5,8 @@ build_packages="g++ cmake ninja-build ccache pkg-config
   libexpected-dev libfmt-dev libexpat1-dev nlohmann-json3-dev libcli11-dev libboost-dev
   libplist-dev zlib1g-dev libcurl4-openssl-dev
   libsqlite3-dev bzip2 unzip qt6-base-dev libqt6svg6-dev libgl-dev libspeechd-dev
-  fonts-dejavu-core libnetcdf-dev gmt-gshhg-low librsvg2-bin"
-test_packages="libgtest-dev dbus xvfb xauth"
+  fonts-dejavu-core qt6-translations-l10n libnetcdf-dev gmt-gshhg-low librsvg2-bin"
+test_packages="libgtest-dev libxcb1-dev dbus xvfb xauth"
 package_packages="dpkg-dev lintian debootstrap desktop-file-utils appstream xvfb xauth"
 
 install_missing() {

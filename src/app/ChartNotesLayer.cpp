@@ -51,7 +51,9 @@ void ChartNotesLayer::paint(QPainter& painter, const ViewFrame& frame, const Lay
     const ChartRecords& records = m_records();
     if (records.empty())
         return; // the status line says so
-    Position middle = frame.positionOf({frame.width / 2.0, frame.height / 2.0});
+    // Of what can be seen.
+    const double x = (frame.width / frame.pixelsPerPoint + m_covered()) / 2;
+    Position middle = frame.positionOf({x * frame.pixelsPerPoint, frame.height / 2.0});
     middle.longitude -= 360 * std::floor((middle.longitude + 180) / 360);
     const auto finest = finestScaleAt(records, middle);
     const double enlarged = finest ? *finest / static_cast<double>(frame.view.scale()) : 0;
@@ -65,10 +67,7 @@ void ChartNotesLayer::paint(QPainter& painter, const ViewFrame& frame, const Lay
     if (words.isEmpty())
         return;
     const GlassText letters{look.color("CHMGD"), look.color("DEPDW"), 14 * look.scale, true};
-    letters.paint(painter,
-                  {frame.width / frame.pixelsPerPoint / 2,
-                   frame.height / frame.pixelsPerPoint - 22 * look.scale},
-                  words);
+    letters.paint(painter, {x, frame.height / frame.pixelsPerPoint - 22 * look.scale}, words);
 }
 
 } // namespace kelvox

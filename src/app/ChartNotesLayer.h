@@ -11,9 +11,14 @@ namespace kelvox {
 /// all.
 class ChartNotesLayer final : public ChartLayer {
 public:
-    /// @param records the charts that are known, asked at each painting
-    explicit ChartNotesLayer(std::function<const ChartRecords&()> records)
+    /// Both are asked at each painting.
+    /// @param records the charts that are known
+    /// @param covered how many widget pixels at the left a panel takes
+    explicit ChartNotesLayer(
+        std::function<const ChartRecords&()> records,
+        std::function<int()> covered = [] { return 0; })
         : m_records(std::move(records))
+        , m_covered(std::move(covered))
     {
     }
     void paint(QPainter& painter, const ViewFrame& frame, const LayerLook& look) override;
@@ -25,6 +30,7 @@ public:
 
 private:
     std::function<const ChartRecords&()> m_records;
+    std::function<int()> m_covered;
 };
 
 } // namespace kelvox

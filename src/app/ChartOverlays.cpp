@@ -75,9 +75,13 @@ void ChartOverlays::showCard(const QString& title, QWidget* content)
     if (!content)
         return;
     content->installEventFilter(this);
+    // Wrapped words ask for a least height at a width of their own choice; at this one they need
+    // less, and the scroll bar would be for nothing.
+    content->setMinimumHeight(1);
     m_cardTitle->setText(title);
     m_cardScroll->setWidget(content);
     content->show();
+    m_card->raise(); // what is opened last lies above, card or panel
     place();
 }
 
@@ -132,7 +136,6 @@ void ChartOverlays::placeCard()
     m_card->adjustSize();
     m_card->move(m_area.width() - m_card->width() - margin,
                  m_area.height() - m_card->height() - 3 * margin);
-    m_card->raise();
 }
 
 void ChartOverlays::placeNote()

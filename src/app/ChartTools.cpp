@@ -84,9 +84,10 @@ void addChartTools(MainWindow& window)
                  return settings.boolean("showGraticule");
              }));
     auto& picks = addLayer(window, std::make_unique<PickLayer>(window));
-    addLayer(window, std::make_unique<ChartNotesLayer>([&window]() -> const ChartRecords& {
-                 return window.charts().charts();
-             }));
+    addLayer(window,
+             std::make_unique<ChartNotesLayer>(
+                 [&window]() -> const ChartRecords& { return window.charts().charts(); },
+                 [&window] { return window.coveredWidth(); }));
 
     window.addPanel(new WeatherPanel(window));
     window.addPanel(new ChartsPanel(window, outlines));

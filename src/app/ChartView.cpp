@@ -65,9 +65,9 @@ Point ChartView::devicePixel(QPointF widgetPoint) const
 
 std::optional<Position> ChartView::cursorPosition() const
 {
-    if (!m_pointer)
-        return std::nullopt;
-    return positionAt(*m_pointer);
+    if (m_keysPoint)
+        return positionAt({width() / 2.0, height() / 2.0});
+    return m_pointer ? std::optional(positionAt(*m_pointer)) : std::nullopt;
 }
 
 Position ChartView::positionAt(QPointF widgetPoint) const
@@ -264,7 +264,10 @@ void ChartView::paintEvent(QPaintEvent* /*event*/)
         paintPicture(painter, now);
     painter.resetTransform(); // one unit is one widget pixel again
     painter.setRenderHint(QPainter::Antialiasing);
-    paintLayers(painter, now, {*m_scene->portrayal, m_interfaceScale});
+    const LayerLook look{*m_scene->portrayal, m_interfaceScale};
+    paintLayers(painter, now, look);
+    if (m_keysPoint)
+        paintCross(painter, look);
     if (m_light < 1)
         painter.fillRect(rect(), QColor::fromRgbF(0, 0, 0, static_cast<float>(1 - m_light)));
 }
@@ -321,6 +324,7 @@ void ChartView::mousePressEvent(QMouseEvent* event)
 void ChartView::mouseMoveEvent(QMouseEvent* event)
 {
     m_pointer = event->position();
+    m_keysPoint = false;
     if (m_pressedAt && !m_moved
         && (event->position() - *m_pressedAt).manhattanLength() > touchSlop) {
         m_moved = true;
@@ -368,8 +372,12 @@ void ChartView::mouseReleaseEvent(QMouseEvent* event)
         glide();
         return;
     }
-    if (m_moved || held)
-        return;
+    if (!m_moved && !held)
+        clickAt(pointer);
+}
+
+void ChartView::clickAt(const ChartPointer& pointer)
+{
     const ViewFrame now = frame();
     for (ChartLayer* other : Reversed(m_layers))
         if (other->click(pointer, now)) {
@@ -377,6 +385,37 @@ void ChartView::mouseReleaseEvent(QMouseEvent* event)
             return;
         }
     emit clicked(pointer);
+}
+
+void ChartView::clickWithKeys()
+{
+    setFocus();
+    pointWithKeys();
+    clickAt(pointerAt({width() / 2.0, height() / 2.0}));
+}
+
+void ChartView::pointWithKeys()
+{
+    m_keysPoint = true;
+    const ViewFrame now = frame();
+    const ChartPointer middle = pointerAt({width() / 2.0, height() / 2.0});
+    for (ChartLayer* layer : Reversed(m_layers))
+        if (layer->wantsHover())
+            layer->hover(middle, now);
+    update();
+    emit cursorMoved();
+}
+
+void ChartView::paintCross(QPainter& painter, const LayerLook& look) const
+{
+    const QPointF middle(width() / 2.0, height() / 2.0);
+    const double arm = 12 * look.scale;
+    const double gap = 3 * look.scale; // what is pointed at is seen
+    for (const auto& [token, line] : {std::pair("DEPDW", 4.0), std::pair("CURSR", 2.0)}) {
+        painter.setPen(QPen(look.color(token), line * look.scale, Qt::SolidLine, Qt::RoundCap));
+        for (const QPointF along : {QPointF(1, 0), QPointF(-1, 0), QPointF(0, 1), QPointF(0, -1)})
+            painter.drawLine(middle + along * gap, middle + along * arm);
+    }
 }
 
 void ChartView::mouseDoubleClickEvent(QMouseEvent* event)
@@ -466,6 +505,10 @@ void ChartView::keyPressEvent(QKeyEvent* event)
 {
     constexpr double step = 80;
     stopGliding();
+    const auto pan = [this](QPointF by) {
+        panBy(by);
+        pointWithKeys();
+    };
     switch (event->key()) {
     case Qt::Key_Escape:
         for (ChartLayer* layer : Reversed(m_layers))
@@ -476,13 +519,13 @@ void ChartView::keyPressEvent(QKeyEvent* event)
             }
         return QWidget::keyPressEvent(event);
     case Qt::Key_Left:
-        return panBy({step, 0});
+        return pan({step, 0});
     case Qt::Key_Right:
-        return panBy({-step, 0});
+        return pan({-step, 0});
     case Qt::Key_Up:
-        return panBy({0, step});
+        return pan({0, step});
     case Qt::Key_Down:
-        return panBy({0, -step});
+        return pan({0, -step});
     case Qt::Key_Plus:
     case Qt::Key_Equal:
         return zoomIn();

@@ -60,7 +60,7 @@ public:
     [[nodiscard]] const std::shared_ptr<const ChartScene>& scene() const { return m_scene; }
     /// Whether no newer picture is on its way.
     [[nodiscard]] bool showsWhatWasAskedFor() const { return m_shown == m_asked; }
-    /// Nothing when the pointer is not over the chart.
+    /// Nothing when the pointer is not over the chart and the keys do not point either.
     [[nodiscard]] std::optional<Position> cursorPosition() const;
     [[nodiscard]] QSize sizeHint() const override { return {1200, 800}; }
 
@@ -68,6 +68,7 @@ public slots:
     void zoomIn(); ///< to the next finer step, at the middle
     void zoomOut();
     void northUp();
+    void clickWithKeys(); ///< at the middle, as the mouse would
 
 signals:
     void viewChanged();
@@ -109,6 +110,9 @@ private:
     void changed();
     [[nodiscard]] ChartPointer pointerAt(QPointF widgetPoint,
                                          Qt::KeyboardModifiers modifiers = {}) const;
+    void clickAt(const ChartPointer& pointer);
+    void pointWithKeys(); ///< at the middle, marked by a cross until the mouse is moved
+    void paintCross(QPainter& painter, const LayerLook& look) const;
     void stopGliding();
     void glide();
     void requestPicture();
@@ -129,6 +133,7 @@ private:
     int m_scale = 200'000;
     float m_rotation = 0;
     std::optional<QPointF> m_pointer;
+    bool m_keysPoint = false;
     // A press until its release: on a layer's thing, or on the chart.
     std::optional<QPointF> m_pressedAt;
     std::optional<QPointF> m_dragFrom; ///< the chart is being dragged, or would be

@@ -1,11 +1,11 @@
 #include "app/FirstStartCard.h"
 
+#include "app/Dialogs.h"
 #include "app/Program.h"
 #include "app/SettingRow.h"
 #include "app/Text.h"
 #include "connections/Serial.h"
 
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -91,9 +91,7 @@ QWidget* FirstStartCard::makeCharts()
     rows->addWidget(makeWords("NSGuideCharts", page));
     auto* choose = makeButton(text("NSAddFolder"), page);
     connect(choose, &QPushButton::clicked, this, [this] {
-        const QString name = QFileDialog::getExistingDirectory(
-            &m_host.window(), text("NSOpenFolderTitle"), {},
-            QFileDialog::ShowDirsOnly | QFileDialog::DontUseNativeDialog);
+        const QString name = askForFolder(m_host.window(), text("NSOpenFolderTitle"));
         if (name.isEmpty())
             return;
         m_host.openFiles({std::filesystem::path(name.toStdString())});

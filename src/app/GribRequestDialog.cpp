@@ -1,6 +1,8 @@
 #include "app/GribRequestDialog.h"
 
 #include "app/ChartView.h"
+#include "app/Dialogs.h"
+#include "app/FlowLayout.h"
 #include "app/Program.h"
 #include "app/SettingRow.h"
 #include "app/Text.h"
@@ -8,12 +10,12 @@
 
 #include <QComboBox>
 #include <QDesktopServices>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPointer>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QUrl>
 #include <QVBoxLayout>
 
@@ -57,8 +59,16 @@ GribRequestDialog::GribRequestDialog(ChartHost& host, QWidget* parent)
 {
     const Theme& theme = Theme::theme();
     setWindowTitle(text("NSRequestWeather"));
-    resize(theme.px(520), theme.px(520));
-    auto* rows = new QVBoxLayout(this);
+    resizeDialog(*this, 520, 560);
+    auto* whole = new QVBoxLayout(this);
+    auto* scroll = new QScrollArea(this); // in a low window
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    auto* page = new QWidget(scroll);
+    auto* rows = new QVBoxLayout(page);
+    rows->setContentsMargins(0, 0, theme.px(4), 0);
+    scroll->setWidget(page);
+    whole->addWidget(scroll, 1);
     auto* area = new QLabel(text("NSRequestArea"), this);
     area->setWordWrap(true);
     rows->addWidget(area);
@@ -72,6 +82,7 @@ GribRequestDialog::GribRequestDialog(ChartHost& host, QWidget* parent)
             rows->addWidget(
                 new SettingRow(host.program(), *item, SettingRow::Detail::Compact, this));
     m_mail->setReadOnly(true);
+    m_mail->setMinimumHeight(theme.px(120));
     m_mail->setAccessibleName(text("NSRequestMail"));
     rows->addWidget(m_mail, 1);
     m_password->setEchoMode(QLineEdit::Password);
@@ -83,15 +94,13 @@ GribRequestDialog::GribRequestDialog(ChartHost& host, QWidget* parent)
     m_message->setWordWrap(true);
     m_message->setProperty("role", QStringLiteral("warn"));
     rows->addWidget(m_message);
-    auto* buttons = new QHBoxLayout;
+    auto* buttons = new FlowLayout;
     auto* cancel = new QPushButton(text("NSCancel"), this);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
-    buttons->addWidget(cancel);
-    buttons->addStretch(1);
-    buttons->addWidget(m_send);
-    buttons->addWidget(m_open);
+    for (QPushButton* button : {cancel, m_send, m_open})
+        buttons->add(button, FlowLayout::Grow::Yes);
     m_send->setVisible(!settings.text("smtpServer").empty());
-    rows->addLayout(buttons);
+    whole->addLayout(buttons);
     connect(m_kind, &QComboBox::currentIndexChanged, this, &GribRequestDialog::refresh);
     connect(&host.chart(), &ChartView::viewChanged, this, &GribRequestDialog::refresh);
     connect(&host.program(), &Program::settingChanged, this, &GribRequestDialog::refresh);

@@ -1,6 +1,7 @@
 #include "app/MainWindow.h"
 
 #include "app/AlarmBanner.h"
+#include "app/Dialogs.h"
 #include "app/FirstStartCard.h"
 #include "app/FurnitureLayer.h"
 #include "app/InstrumentColumn.h"
@@ -17,13 +18,15 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QDateTime>
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
 #include <QScreen>
+
+#include <algorithm>
+#include <utility>
 
 namespace kelvox {
 
@@ -165,7 +168,7 @@ void MainWindow::buildCommands()
     c.add("file.newWindow", file, QKeySequence::New, [this] {
         auto* other = new MainWindow(m_program);
         other->setAttribute(Qt::WA_DeleteOnClose);
-        other->m_charts.setPlaces(m_charts.places());
+        other->m_openCharts.takeOver(m_openCharts);
         other->m_chart->centerOn(m_chart->center());
         other->m_chart->setScale(m_chart->scale());
         // Side by side where the screen has room for both.
@@ -190,6 +193,8 @@ void MainWindow::buildCommands()
 
     c.add("chart.zoomIn", view, QKeySequence::ZoomIn, [this] { m_chart->zoomIn(); });
     c.add("chart.zoomOut", view, QKeySequence::ZoomOut, [this] { m_chart->zoomOut(); });
+    c.add("chart.clickAtCross", view, QKeySequence(Qt::Key_Insert),
+          [this] { m_chart->clickWithKeys(); });
     c.add("chart.fit", view, QKeySequence(Qt::Key_Home), [this] { m_openCharts.fitAll(); });
     c.addSwitch("chart.follow", view, QKeySequence(Qt::Key_F),
                 [this](bool on) { setFollowing(on); });
@@ -260,7 +265,34 @@ void MainWindow::settingChanged(const QString& key)
         updateScene();
     if (key == QLatin1String("simplifiedSymbols"))
         chooseSymbols();
+    if (key == QLatin1String("language")) // when the control that changed it has done with it
+        QTimer::singleShot(0, this, &MainWindow::changeLanguage);
     m_chart->update();
+}
+
+void MainWindow::changeLanguage()
+{
+    if (const auto taken =
+            setTextLanguage(QString::fromStdString(m_program.settings().text("language")));
+        !taken)
+        showNote(QString::fromStdString(taken.error().message));
+    // Words are asked for when a window is built: another takes the place of this one.
+    rememberView();
+    auto* other = new MainWindow(m_program);
+    other->setAttribute(Qt::WA_DeleteOnClose);
+    other->restoreGeometry(saveGeometry());
+    other->m_openCharts.takeOver(m_openCharts);
+    other->m_chart->setScale(m_chart->scale());
+    other->m_chart->setRotation(m_chart->rotation());
+    other->m_chart->centerOn(m_chart->center());
+    for (const char* id : {"chart.follow", "chart.courseUp"})
+        other->m_commands.action(id)->setChecked(m_commands.action(id)->isChecked());
+    other->show();
+    other->updateVessel();
+    if (m_settingsDialog && m_settingsDialog->isVisible())
+        other->showSettings({});
+    hide();
+    deleteLater();
 }
 
 void MainWindow::chooseSymbols()
@@ -407,6 +439,11 @@ void MainWindow::openFiles(const std::vector<std::filesystem::path>& files)
 void MainWindow::setChartPlaces(const std::vector<std::filesystem::path>& places)
 {
     m_openCharts.setPlaces(places);
+}
+
+int MainWindow::coveredWidth() const
+{
+    return m_panels->isHidden() ? 0 : m_panels->width();
 }
 
 void MainWindow::setSearch(QWidget* search)
@@ -620,23 +657,27 @@ void MainWindow::updateAlarms()
 {
     m_topBar->updateAlarms();
     m_overlays.place(); // what lies below the banner has moved
-    if (!m_program.alarms().active().empty() && isMinimized()) { // to be seen and acknowledged
-        showNormal();
+    const auto active = m_program.alarms().active();
+    const auto newest = active.empty() ? std::chrono::system_clock::time_point()
+                                       : std::ranges::max(active, {}, &AlarmEntry::raised).raised;
+    if (newest > std::exchange(m_newestAlarm, newest) && isVisible()) {
+        // It must be seen to be acknowledged; full screen stays full screen.
+        setWindowState(windowState() & ~Qt::WindowMinimized);
         raise();
+        QApplication::alert(this);
     }
 }
 
 void MainWindow::chooseFiles()
 {
-    const auto names =
-        QFileDialog::getOpenFileNames(this, text("NSOpenTitle"), {}, text("NSOpenFilter"));
+    const auto names = askForFiles(*this, text("NSOpenTitle"), text("NSOpenFilter"));
     if (!names.isEmpty())
         openFiles(toPaths(names));
 }
 
 void MainWindow::chooseFolder()
 {
-    const auto name = QFileDialog::getExistingDirectory(this, text("NSOpenFolderTitle"));
+    const auto name = askForFolder(*this, text("NSOpenFolderTitle"));
     if (!name.isEmpty())
         openFiles(toPaths({name}));
 }

@@ -13,6 +13,7 @@
 
 #include <QMainWindow>
 
+#include <chrono>
 #include <memory>
 
 namespace kelvox {
@@ -54,6 +55,7 @@ public:
     void openFiles(const std::vector<std::filesystem::path>& files) override;
     void setChartPlaces(const std::vector<std::filesystem::path>& places) override;
     [[nodiscard]] bool isPanelOpen(const QString& name) const { return m_panels->isOpen(name); }
+    [[nodiscard]] int coveredWidth() const; ///< of the chart at the left, by a panel
     /// The field in the middle of the upper bar.
     void setSearch(QWidget* search);
 
@@ -80,6 +82,7 @@ private:
     /// @param group by its text key; empty for the one shown last
     void showSettings(const std::string& group);
     void settingChanged(const QString& key);
+    void changeLanguage();
     void chooseSymbols(); ///< paper chart or simplified, as the settings say
     void restoreView();
     void rememberView();
@@ -117,6 +120,7 @@ private:
 
     QTimer m_redrawTimer;
     QTimer m_rememberTimer;
+    std::chrono::system_clock::time_point m_newestAlarm; ///< that the window has come up for
     SettingsDialog* m_settingsDialog = nullptr;
     ChartScene m_scene;
 };

@@ -1,13 +1,13 @@
 #include "app/MonitorDialog.h"
 
 #include "app/ClearAction.h"
+#include "app/Dialogs.h"
+#include "app/FlowLayout.h"
 #include "app/Program.h"
 #include "app/SettingControls.h"
 #include "app/Text.h"
 
-#include <QFileDialog>
 #include <QFontDatabase>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListView>
@@ -66,7 +66,7 @@ MonitorDialog::MonitorDialog(Program& program, MonitorLog& log, const QString& t
     , m_state(makeHint({}, this))
 {
     setWindowTitle(title);
-    resize(Theme::theme().px(640), Theme::theme().px(460));
+    resizeDialog(*this, 640, 460);
     auto* rows = new QVBoxLayout(this);
     m_filter->setPlaceholderText(text("NSMonitorFilter"));
     m_filter->setAccessibleName(text("NSMonitorFilter"));
@@ -80,17 +80,14 @@ MonitorDialog::MonitorDialog(Program& program, MonitorLog& log, const QString& t
     m_list->setAccessibleName(title);
     rows->addWidget(m_list, 1);
     rows->addWidget(m_state);
-    auto* buttons = new QHBoxLayout;
+    auto* buttons = new FlowLayout;
     auto* clear = new QPushButton(text("NSClear"), this);
     auto* save = new QPushButton(text("NSSaveAs"), this);
     auto* close = new QPushButton(text("NSClose"), this);
     m_pause->setCheckable(true);
     m_pause->setChecked(log.isPaused());
-    buttons->addWidget(m_pause);
-    buttons->addWidget(clear);
-    buttons->addWidget(save);
-    buttons->addStretch(1);
-    buttons->addWidget(close);
+    for (QPushButton* button : {m_pause, clear, save, close})
+        buttons->add(button, FlowLayout::Grow::Yes);
     rows->addLayout(buttons);
     for (QWidget* control : std::initializer_list<QWidget*>{m_filter, m_pause, clear, save, close})
         makeTouchable(program, control);
@@ -152,19 +149,6 @@ void MonitorDialog::save()
         return;
     const auto saved = m_log.save(file.toStdString(), m_model->filter());
     m_state->setText(saved ? text("NSSaved") : QString::fromStdString(saved.error().message));
-}
-
-QString askForFile(QWidget& parent, const QString& title, const QString& filter)
-{
-    return QFileDialog::getOpenFileName(&parent, title, {}, filter, nullptr,
-                                        QFileDialog::DontUseNativeDialog);
-}
-
-QString askForNewFile(QWidget& parent, const QString& title, const QString& name,
-                      const QString& filter)
-{
-    return QFileDialog::getSaveFileName(&parent, title, name, filter, nullptr,
-                                        QFileDialog::DontUseNativeDialog);
 }
 
 } // namespace kelvox

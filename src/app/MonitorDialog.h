@@ -57,9 +57,4 @@ private:
     QTimer m_timer;
 };
 
-/// The Qt file dialogs in the program's colours; empty when the user thought better of it.
-[[nodiscard]] QString askForFile(QWidget& parent, const QString& title, const QString& filter);
-[[nodiscard]] QString askForNewFile(QWidget& parent, const QString& title, const QString& name,
-                                    const QString& filter);
-
 } // namespace kelvox

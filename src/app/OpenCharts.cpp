@@ -68,6 +68,12 @@ void OpenCharts::setPlaces(const std::vector<std::filesystem::path>& places)
     remember();
 }
 
+void OpenCharts::takeOver(const OpenCharts& other)
+{
+    m_host.charts().setPlaces(other.m_host.charts().places());
+    m_remembers = other.m_remembers;
+}
+
 void OpenCharts::close()
 {
     m_host.charts().setPlaces({});

@@ -23,6 +23,7 @@ public:
     /// nothing.
     bool openRemembered();
     void setPlaces(const std::vector<std::filesystem::path>& places);
+    void takeOver(const OpenCharts& other); ///< the charts of another window
     void close();
     void fitAll();
 

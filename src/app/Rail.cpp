@@ -7,7 +7,7 @@
 
 #include <QAction>
 #include <QPainter>
-#include <QScrollArea>
+#include <QScrollBar>
 #include <QScroller>
 #include <QVBoxLayout>
 
@@ -36,7 +36,7 @@ protected:
         const double inset = hasFocus() ? line / 2 : 0;
         painter.drawEllipse(QRectF(rect()).adjusted(inset, inset, -inset, -inset));
         QFont words = font();
-        words.setPixelSize(theme.px(15));
+        words.setPixelSize(std::max(1, height() * 15 / 56));
         words.setBold(true);
         painter.setFont(words);
         painter.setPen(theme.colors().background);
@@ -47,6 +47,9 @@ protected:
 
 Rail::Rail(QWidget* parent)
     : QFrame(parent)
+    , m_scroll(new QScrollArea(this))
+    , m_content(new QWidget(m_scroll))
+    , m_more(new QToolButton(this))
     , m_manOverboard(new MobButton(this))
 {
     setObjectName(QStringLiteral("rail"));
@@ -55,20 +58,27 @@ Rail::Rail(QWidget* parent)
     auto* column = new QVBoxLayout(this);
     column->setSpacing(0);
     // What a low window has no room for is scrolled to; the red button stays in reach.
-    auto* scroll = new QScrollArea(this);
-    scroll->setFrameShape(QFrame::NoFrame);
-    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroll->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    scroll->setWidgetResizable(true);
-    scroll->setFocusPolicy(Qt::NoFocus);
-    QScroller::grabGesture(scroll->viewport(), QScroller::TouchGesture);
-    m_content = new QWidget(scroll);
+    m_scroll->setFrameShape(QFrame::NoFrame);
+    m_scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scroll->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scroll->setWidgetResizable(true);
+    m_scroll->setFocusPolicy(Qt::NoFocus);
+    QScroller::grabGesture(m_scroll->viewport(), QScroller::TouchGesture);
     auto* buttons = new QVBoxLayout(m_content);
     buttons->setContentsMargins(0, 0, 0, 0);
     buttons->setSpacing(0);
     buttons->setAlignment(Qt::AlignTop | Qt::AlignHCenter);
-    scroll->setWidget(m_content);
-    column->addWidget(scroll, 1);
+    m_scroll->setWidget(m_content);
+    column->addWidget(m_scroll, 1);
+    m_more->setObjectName(QStringLiteral("rail.more"));
+    m_more->setFocusPolicy(Qt::NoFocus); // the keys reach every button without it
+    m_more->setAccessibleName(text("NSMore"));
+    m_more->setToolTip(text("NSMore"));
+    m_more->hide();
+    connect(m_more, &QToolButton::clicked, this, &Rail::scrollOn);
+    connect(m_scroll->verticalScrollBar(), &QScrollBar::rangeChanged, this, &Rail::updateMore);
+    connect(m_scroll->verticalScrollBar(), &QScrollBar::valueChanged, this, &Rail::updateMore);
+    column->addWidget(m_more, 0, Qt::AlignHCenter);
     m_manOverboard->setObjectName(QStringLiteral("mobButton"));
     m_manOverboard->setAccessibleName(text("NSCommand.vessel.manOverboard"));
     m_manOverboard->setToolTip(text("NSCommand.vessel.manOverboard"));
@@ -110,7 +120,7 @@ void Rail::restyle()
 {
     const Theme& theme = Theme::theme();
     setFixedWidth(theme.px(64));
-    m_manOverboard->setFixedSize(theme.px(56), theme.px(56));
+    updateMore();
     layout()->setContentsMargins(0, theme.px(8), 1, theme.px(8));
     for (const Button& one : m_buttons) {
         if (one.button->defaultAction())
@@ -123,10 +133,21 @@ void Rail::restyle()
 void Rail::layOut(int room)
 {
     const Theme& theme = Theme::theme();
-    constexpr int lowest = 40; // pixels that a finger still hits, at any scale
     const int count = static_cast<int>(m_buttons.size());
-    const int left = room - theme.px(40 + 28 + 56 + 4 * 8);
-    const int each = std::clamp(left / std::max(count, 1), lowest, theme.px(48));
+    // In a low window the red button leaves room for the others, but stays the largest.
+    const int round = std::clamp(room / 7, theme.px(36), theme.px(56));
+    m_manOverboard->setFixedSize(round, round);
+    const int left = room - theme.px(40 + 28 + 2 * 8) - round; // bars and margins
+    // As low as a finger still hits it and as the scale asks for.
+    const int lowest = std::max(40, theme.px(30));
+    int each = std::min(left / std::max(count, 1), theme.px(48));
+    const bool scrolls = each < lowest;
+    m_more->setVisible(scrolls);
+    m_more->setFixedSize(theme.px(56), std::max(40, theme.px(24)));
+    if (scrolls) { // whole buttons only: what is cut off looks like a fault
+        const int seen = left - m_more->height();
+        each = std::max(lowest, seen / std::max(seen / lowest, 1));
+    }
     const int icon = std::min(theme.px(24), each - 12);
     for (const Button& one : m_buttons) {
         one.button->setFixedSize(theme.px(56), each);
@@ -134,11 +155,31 @@ void Rail::layOut(int room)
     }
 }
 
+void Rail::scrollOn()
+{
+    QScrollBar* const bar = m_scroll->verticalScrollBar();
+    bar->setValue(bar->value() < bar->maximum() ? bar->value() + bar->pageStep() : 0);
+}
+
+void Rail::updateMore()
+{
+    const Theme& theme = Theme::theme();
+    const QScrollBar* const bar = m_scroll->verticalScrollBar();
+    m_more->setIcon(
+        theme.icon(bar->value() < bar->maximum() ? QStringLiteral("down") : QStringLiteral("up")));
+    m_more->setIconSize(QSize(theme.px(20), theme.px(20)));
+}
+
 void Rail::markOpen(const PanelHost& panels)
 {
-    for (const Button& one : m_buttons)
-        if (!one.panel.isEmpty())
-            one.button->setChecked(panels.isOpen(one.panel));
+    for (const Button& one : m_buttons) {
+        if (one.panel.isEmpty())
+            continue;
+        const bool open = panels.isOpen(one.panel);
+        if (open && !one.button->isChecked())
+            m_scroll->ensureWidgetVisible(one.button, 0, 0);
+        one.button->setChecked(open);
+    }
 }
 
 } // namespace kelvox

@@ -2,6 +2,7 @@
 
 #include <QFrame>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QToolButton>
 
 #include <utility>
@@ -22,7 +23,7 @@ public:
     void addAction(QAction* action, const QString& name, const QString& icon);
     void addPanels(PanelHost& panels);
     void restyle();
-    /// All buttons at once where there is room.
+    /// All buttons at once where there is room, else the rest by a button at the end.
     /// @param room height of the window
     void layOut(int room);
     void markOpen(const PanelHost& panels);
@@ -38,7 +39,12 @@ private:
     };
     QToolButton* addButton(const QString& name, const QString& icon, const QString& panel);
 
+    void scrollOn();
+    void updateMore();
+
+    QScrollArea* m_scroll;
     QWidget* m_content;
+    QToolButton* m_more;
     QPushButton* m_manOverboard;
     std::vector<Button> m_buttons;
 };

@@ -1,11 +1,13 @@
 #include "app/SettingsDialog.h"
 
 #include "app/ClearAction.h"
+#include "app/Dialogs.h"
+#include "app/FlowLayout.h"
 #include "app/Program.h"
 #include "app/SettingRow.h"
 #include "app/Text.h"
 
-#include <QFileDialog>
+#include <QComboBox>
 #include <QHBoxLayout>
 #include <QKeySequenceEdit>
 #include <QLabel>
@@ -44,27 +46,30 @@ SettingsDialog::SettingsDialog(Program& program, Commands& commands, QWidget* pa
     , m_commands(commands)
     , m_search(new QLineEdit(this))
     , m_groups(new QListWidget(this))
+    , m_groupBox(new QComboBox(this))
     , m_area(new QScrollArea(this))
     , m_message(new QLabel(this))
 {
     const Theme& theme = Theme::theme();
     setWindowTitle(text("NSSettings"));
     setObjectName(QStringLiteral("settingsDialog"));
-    resize(theme.px(820), theme.px(600));
 
     m_search->setObjectName(QStringLiteral("settingsSearch"));
     m_search->setPlaceholderText(text("NSSearchSettings"));
     m_search->setAccessibleName(text("NSSearchSettings"));
     addClearAction(*m_search);
     m_groups->setAccessibleName(text("NSSettings"));
-    m_groups->setFixedWidth(theme.px(190));
     auto groups = SettingsCatalog::catalog().groups();
     groups.emplace_back(keysGroup);
     for (const std::string& group : groups) {
         auto* item = new QListWidgetItem(text(group), m_groups);
         item->setData(Qt::UserRole, QString::fromStdString(group));
-        item->setSizeHint(QSize(0, theme.px(40)));
+        m_groupBox->addItem(text(group));
     }
+    m_groupBox->setAccessibleName(m_groups->accessibleName());
+    connect(m_groupBox, &QComboBox::activated, m_groups,
+            qOverload<int>(&QListWidget::setCurrentRow));
+    connect(m_groups, &QListWidget::currentRowChanged, m_groupBox, &QComboBox::setCurrentIndex);
     m_area->setWidgetResizable(true);
     m_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_message->setWordWrap(true);
@@ -73,24 +78,23 @@ SettingsDialog::SettingsDialog(Program& program, Commands& commands, QWidget* pa
 
     auto* rows = new QVBoxLayout(this);
     rows->addWidget(m_search);
+    rows->addWidget(m_groupBox);
     auto* columns = new QHBoxLayout;
     columns->setSpacing(theme.px(16));
     columns->addWidget(m_groups);
     columns->addWidget(m_area, 1);
     rows->addLayout(columns, 1);
     rows->addWidget(m_message);
-    auto* buttons = new QHBoxLayout;
+    auto* buttons = new FlowLayout;
     const auto addButton = [&](const char* key, void (SettingsDialog::*run)()) {
         auto* button = new QPushButton(text(key), this);
         button->setObjectName(QLatin1String(key));
         button->setAutoDefault(false);
         connect(button, &QPushButton::clicked, this, run);
-        buttons->addWidget(button);
-        return button;
+        buttons->add(button, FlowLayout::Grow::Yes);
     };
     addButton("NSExportSettings", &SettingsDialog::exportSettings);
     addButton("NSImportSettings", &SettingsDialog::importSettings);
-    buttons->addStretch(1);
     addButton("NSClose", &QDialog::accept);
     rows->addLayout(buttons);
 
@@ -111,6 +115,32 @@ SettingsDialog::SettingsDialog(Program& program, Commands& commands, QWidget* pa
     connect(find, &QShortcut::activated, m_search, qOverload<>(&QWidget::setFocus));
     showGroup(program.settings().text("settings.group", groups.front()));
     m_search->setFocus();
+    fitToScale();
+    // Later, because the control that changed it lies in the page that is made anew.
+    connect(&program, &Program::schemeChanged, this, &SettingsDialog::fitToScale,
+            Qt::QueuedConnection);
+}
+
+void SettingsDialog::fitToScale()
+{
+    const Theme& theme = Theme::theme();
+    if (m_scale == theme.scale())
+        return;
+    m_scale = theme.scale();
+    resizeDialog(*this, 820, 600);
+    m_groups->setFixedWidth(theme.px(190));
+    for (int row = 0; row < m_groups->count(); ++row)
+        m_groups->item(row)->setSizeHint(QSize(0, theme.px(40)));
+    rebuild();
+}
+
+void SettingsDialog::resizeEvent(QResizeEvent* event)
+{
+    QDialog::resizeEvent(event);
+    // A narrow one gives all its width to the settings.
+    const bool narrow = width() < Theme::theme().px(620);
+    m_groups->setVisible(!narrow);
+    m_groupBox->setVisible(narrow);
 }
 
 void SettingsDialog::showGroup(const std::string& group)
@@ -222,9 +252,9 @@ void SettingsDialog::addKey(QVBoxLayout& rows, const Commands::Command& command)
 
 void SettingsDialog::exportSettings()
 {
-    const QString name = QFileDialog::getSaveFileName(
-        this, text("NSExportSettings"), QStringLiteral("kelvox-settings.json"),
-        text("NSSettingsFilter"), nullptr, QFileDialog::DontUseNativeDialog);
+    const QString name =
+        askForNewFile(*this, text("NSExportSettings"), QStringLiteral("kelvox-settings.json"),
+                      text("NSSettingsFilter"), QStringLiteral("json"));
     if (name.isEmpty())
         return;
     const auto written = m_program.settings().exportTo(name.toStdString());
@@ -235,9 +265,7 @@ void SettingsDialog::exportSettings()
 
 void SettingsDialog::importSettings()
 {
-    const QString name =
-        QFileDialog::getOpenFileName(this, text("NSImportSettings"), {}, text("NSSettingsFilter"),
-                                     nullptr, QFileDialog::DontUseNativeDialog);
+    const QString name = askForFile(*this, text("NSImportSettings"), text("NSSettingsFilter"));
     if (name.isEmpty())
         return;
     const auto taken = m_program.settings().importFrom(name.toStdString());

@@ -4,6 +4,7 @@
 
 #include <QDialog>
 
+class QComboBox;
 class QLabel;
 class QLineEdit;
 class QListWidget;
@@ -25,7 +26,11 @@ public:
     /// Opens at a group, by its text key, e.g. "NSSettings.Units" or "NSSettings.Keys".
     void showGroup(const std::string& group);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
+    void fitToScale(); ///< of the interface, which may be changed in here
     void rebuild();
     void addSettings(QVBoxLayout& rows, const QStringList& words);
     void addKeys(QVBoxLayout& rows, const QStringList& words);
@@ -37,6 +42,8 @@ private:
     Commands& m_commands;
     QLineEdit* m_search;
     QListWidget* m_groups;
+    QComboBox* m_groupBox; ///< in their place where there is little room
+    double m_scale = 0; ///< that the dialog is laid out for
     QScrollArea* m_area;
     QLabel* m_message;
 };

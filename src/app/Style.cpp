@@ -20,8 +20,8 @@ constexpr const char* roleProperty = "role";
 constexpr const char* edgesProperty = "edges";
 constexpr const char* cardProperty = "card";
 
-constexpr int fieldHeight = 34;
-constexpr int buttonHeight = 40; // what a finger hits
+constexpr int fieldHeight = 40; // what a finger hits
+constexpr int buttonHeight = 40;
 constexpr int fieldPadding = 6;
 constexpr int arrowWidth = 28;
 constexpr int stepWidth = 32;
@@ -564,16 +564,16 @@ QSize Style::sizeFromContents(ContentsType type, const QStyleOption* option, con
         if (const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
             item && item->menuItemType == QStyleOptionMenuItem::Separator)
             return whole;
-        return {whole.width() + px(20), atLeast(whole.height(), px(36))};
+        return {whole.width() + px(20), atLeast(whole.height(), px(40))};
     case CT_ItemViewItem:
         if (widget && widget->inherits("QComboBoxListView"))
             return {whole.width(), px(buttonHeight)};
         return {whole.width(), whole.height() + px(8)};
     case CT_CheckBox:
     case CT_RadioButton:
-        return {whole.width(), atLeast(whole.height(), px(28))};
+        return {whole.width(), atLeast(whole.height(), px(40))};
     case CT_TabBarTab:
-        return {whole.width(), atLeast(whole.height(), px(36))};
+        return {whole.width(), atLeast(whole.height(), px(40))};
     default:
         return whole;
     }
@@ -614,7 +614,7 @@ int Style::pixelMetric(PixelMetric metric, const QStyleOption* option, const QWi
         return px(20);
     case PM_SliderThickness:
     case PM_SliderControlThickness:
-        return px(28);
+        return px(40);
     case PM_IndicatorWidth:
     case PM_IndicatorHeight:
     case PM_ExclusiveIndicatorWidth:

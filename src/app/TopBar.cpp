@@ -66,6 +66,10 @@ void TopBar::buildMenu()
             group = menu->addMenu(text(command.group));
         group->addAction(command.action);
     }
+    if (const auto help = groups.find("NSMenuHelp"); help != groups.end()) {
+        menu->removeAction(help->second->menuAction());
+        menu->addAction(help->second->menuAction()); // where everybody looks for it: last
+    }
     m_menu->setMenu(menu);
 }
 

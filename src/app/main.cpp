@@ -49,17 +49,22 @@ int main(int argc, char** argv)
     if (const auto chosen = program.settings().text("language"); !chosen.empty())
         if (const auto taken = kelvox::setTextLanguage(QString::fromStdString(chosen)); !taken)
             qWarning("%s", taken.error().message.c_str());
-    kelvox::MainWindow window(program);
-    window.show();
+    auto* window = new kelvox::MainWindow(program);
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    window->show();
 
     std::vector<std::filesystem::path> charts;
     for (const QString& name : arguments.positionalArguments())
         charts.emplace_back(name.toStdString());
     if (!charts.empty())
-        window.openFiles(charts);
+        window->openFiles(charts);
     else if (crash)
-        window.offerRestore(*crash);
-    else if (!window.openRemembered())
-        window.openDemo();
-    return QApplication::exec();
+        window->offerRestore(*crash);
+    else if (!window->openRemembered())
+        window->openDemo();
+    const int code = QApplication::exec();
+    for (QWidget* top : QApplication::topLevelWidgets())
+        if (qobject_cast<kelvox::MainWindow*>(top))
+            delete top; // no window outlives what it shows
+    return code;
 }

@@ -90,6 +90,50 @@ TEST_F(NavGestures, ARouteIsMadeByClicksAndTakesTheWaypointsItMeets)
     EXPECT_EQ(program.waypoints().count(), 1U);
 }
 
+TEST_F(NavGestures, PressAndHoldAsksForTheMenuAndTheReleaseIsNoClick)
+{
+    QObject::disconnect(&chart(), &ChartView::menuRequested, nullptr, nullptr); // none is opened
+    std::optional<QPointF> asked;
+    int clicks = 0;
+    QObject::connect(&chart(), &ChartView::menuRequested, &chart(),
+                     [&](const ChartPointer& pointer) { asked = pointer.at; });
+    QObject::connect(&chart(), &ChartView::clicked, &chart(), [&] { ++clicks; });
+    press({500, 350});
+    move({502, 351}); // a finger is never quite still
+    waitFor([&] { return asked.has_value(); });
+    release({502, 351});
+    EXPECT_EQ(asked, QPointF(500, 350));
+    EXPECT_EQ(clicks, 0);
+    asked.reset();
+    drag({500, 350}, {600, 350});
+    key(Qt::Key_Escape);
+    click({300, 300});
+    EXPECT_EQ(clicks, 1);
+    EXPECT_FALSE(asked);
+}
+
+TEST_F(NavGestures, ARouteIsMadeByKeysAlone)
+{
+    actions().startRoute();
+    const auto click = [this] { window.commands().action("chart.clickAtCross")->trigger(); };
+    const Position first = at(QPointF(chart().rect().center()));
+    click();
+    key(Qt::Key_Right);
+    key(Qt::Key_Down);
+    click();
+    EXPECT_TRUE(chart().cursorPosition()) << "the status line tells where the cross is";
+    key(Qt::Key_Return);
+    QApplication::processEvents();
+    ASSERT_EQ(program.routes().count(), 1U);
+    const auto made = program.routes().route(0);
+    ASSERT_EQ(made->count(), 2U);
+    const Position a = made->waypointReference(0)->waypoint->positionOnGPS();
+    const Position b = made->waypointReference(1)->waypoint->positionOnGPS();
+    EXPECT_NEAR(a.latitude, first.latitude, onePixel);
+    EXPECT_GT(b.longitude, a.longitude + onePixel);
+    EXPECT_LT(b.latitude, a.latitude - onePixel);
+}
+
 TEST_F(NavGestures, EscAbandonsARouteInTheMaking)
 {
     actions().startRoute();

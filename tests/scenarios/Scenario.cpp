@@ -53,6 +53,17 @@ void Scenario::quit()
     m_program.reset();
 }
 
+void Scenario::adoptWindow()
+{
+    (void)m_window.release();
+    for (QWidget* top : QApplication::topLevelWidgets())
+        if (auto* found = qobject_cast<MainWindow*>(top); found && found->isVisible()) {
+            found->setAttribute(Qt::WA_DeleteOnClose, false);
+            m_window.reset(found);
+        }
+    ASSERT_TRUE(m_window);
+}
+
 QWidget* Scenario::find(const QString& objectName)
 {
     for (QWidget* top : QApplication::topLevelWidgets()) {

@@ -27,6 +27,7 @@ protected:
     void startEmpty() { startIn(folder()); } ///< without any charts
     void startIn(const std::filesystem::path& home); ///< the same with what lies elsewhere
     void quit(); ///< as the user does
+    void adoptWindow(); ///< the one that has taken the place of that which is gone
 
     [[nodiscard]] Program& program() { return *m_program; }
     [[nodiscard]] MainWindow& window() { return *m_window; }

@@ -1,12 +1,12 @@
 #include "app/nav/ExportDialog.h"
 
+#include "app/Dialogs.h"
 #include "app/Text.h"
 #include "app/Theme.h"
 #include "exchange/GPXExport.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
-#include <QFileDialog>
 #include <QFormLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -96,15 +96,13 @@ ExportChoice ExportDialog::choice() const
 void ExportDialog::save()
 {
     const QString ending = m_format->currentData().toString();
-    QFileDialog dialog(this, text("NSExport"), {},
-                       QStringLiteral("%1 (*.%2)").arg(m_format->currentText(), ending));
-    dialog.setOption(QFileDialog::DontUseNativeDialog);
-    dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setDefaultSuffix(ending);
-    dialog.selectFile(defaultExportName(m_actions.program(), choice()) + QLatin1Char('.') + ending);
-    if (dialog.exec() != QDialog::Accepted)
+    const QString file =
+        askForNewFile(*this, text("NSExport"),
+                      defaultExportName(m_actions.program(), choice()) + QLatin1Char('.') + ending,
+                      QStringLiteral("%1 (*.%2)").arg(m_format->currentText(), ending), ending);
+    if (file.isEmpty())
         return;
-    ExportJob::start(m_actions, choice(), dialog.selectedFiles().front().toStdString());
+    ExportJob::start(m_actions, choice(), file.toStdString());
     accept();
 }
 

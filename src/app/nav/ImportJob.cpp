@@ -1,5 +1,6 @@
 #include "app/nav/ImportJob.h"
 
+#include "app/FlowLayout.h"
 #include "app/Text.h"
 #include "app/Theme.h"
 #include "app/nav/ProgressCard.h"
@@ -13,7 +14,6 @@
 #include "exchange/KMLExport.h"
 #include "exchange/KMLImport.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -286,13 +286,12 @@ void ImportJob::showSummary(const ImportSummary& summary)
     rows->addWidget(label);
     // The buttons outlive this job.
     NavActions* actions = &m_actions;
-    auto* buttons = new QHBoxLayout;
-    buttons->addStretch(1);
+    auto* buttons = new FlowLayout;
     const auto add = [&](const char* key, auto run) {
         auto* button = new QPushButton(text(key), content);
         button->setMinimumHeight(Theme::theme().px(40));
         QObject::connect(button, &QPushButton::clicked, actions, run);
-        buttons->addWidget(button);
+        buttons->add(button, FlowLayout::Grow::Yes);
     };
     const EditHistory& history = m_actions.program().waypoints().history();
     const bool haveLines = summary.routes.created > 0 && m_as == As::Found

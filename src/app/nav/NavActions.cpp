@@ -2,6 +2,8 @@
 
 #include "app/ChartView.h"
 #include "app/Commands.h"
+#include "app/Dialogs.h"
+#include "app/FlowLayout.h"
 #include "app/Text.h"
 #include "app/Theme.h"
 #include "app/nav/ExportDialog.h"
@@ -20,8 +22,6 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
-#include <QFileDialog>
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
@@ -52,13 +52,9 @@ Rect boundsOf(const std::vector<Position>& positions)
 
 std::vector<std::filesystem::path> filesToImport(QWidget& window)
 {
-    QFileDialog dialog(&window, text("NSImportTitle"), {}, text("NSImportFilter"));
-    dialog.setOption(QFileDialog::DontUseNativeDialog); // the toolkit's own darkens with the chart
-    dialog.setFileMode(QFileDialog::ExistingFiles);
     std::vector<std::filesystem::path> files;
-    if (dialog.exec() == QDialog::Accepted)
-        for (const QString& name : dialog.selectedFiles())
-            files.emplace_back(name.toStdString());
+    for (const QString& name : askForFiles(window, text("NSImportTitle"), text("NSImportFilter")))
+        files.emplace_back(name.toStdString());
     return files;
 }
 } // namespace
@@ -228,12 +224,12 @@ void NavActions::showWaypointCard(const WaypointPointer& waypoint)
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     rows->addWidget(label);
-    auto* buttons = new QHBoxLayout;
+    auto* buttons = new FlowLayout;
     const auto add = [&](const char* key, auto run) {
         auto* button = new QPushButton(text(key), content);
         button->setMinimumHeight(Theme::theme().px(40));
         connect(button, &QPushButton::clicked, this, run);
-        buttons->addWidget(button);
+        buttons->add(button, FlowLayout::Grow::Yes);
     };
     const bool isActive = program().waypointController().gotoWaypoint() == waypoint;
     add(isActive ? "NSStopNavigating" : "NSGoto", [this, waypoint, isActive] {

@@ -1,19 +1,22 @@
 #include "app/nav/PrintJob.h"
 
 #include "app/ChartView.h"
+#include "app/Dialogs.h"
 #include "app/Text.h"
+#include "app/Theme.h"
 #include "app/nav/NavText.h"
 
 #include <QDateTime>
-#include <QFileDialog>
+#include <QDialog>
+#include <QLabel>
 #include <QLocale>
 #include <QMenu>
-#include <QMessageBox>
 #include <QPainter>
 #include <QPdfWriter>
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QPushButton>
+#include <QVBoxLayout>
 
 #include <array>
 #include <cmath>
@@ -29,38 +32,54 @@ double planSpeed(Program& program)
 {
     return program.settings().number("planSpeed", 5);
 }
+
+enum class Where { Nowhere, File, Paper };
+
+Where askWhere(QWidget& window, const QString& question)
+{
+    QDialog dialog(&window);
+    dialog.setWindowTitle(text("NSPrint"));
+    auto* rows = new QVBoxLayout(&dialog);
+    auto* words = new QLabel(question, &dialog);
+    words->setWordWrap(true);
+    rows->addWidget(words);
+    auto where = Where::Nowhere;
+    for (const auto& [key, answer] :
+         {std::pair("NSSaveAsPDF", Where::File), std::pair("NSPrintOnPaper", Where::Paper),
+          std::pair("NSCancel", Where::Nowhere)}) {
+        auto* button = new QPushButton(text(key), &dialog);
+        QObject::connect(button, &QPushButton::clicked, &dialog, [&, answer = answer] {
+            where = answer;
+            dialog.accept();
+        });
+        rows->addWidget(button);
+    }
+    dialog.setMinimumWidth(Theme::theme().px(320));
+    dialog.exec();
+    return where;
+}
 } // namespace
 
 void PrintJob::askAndStart(NavActions& actions, const RoutePointer& route)
 {
     QWidget* window = &actions.host().window();
     const QString name = route ? QString::fromStdString(route->name) : text("NSChart");
-    QMessageBox question(window);
-    question.setWindowTitle(text("NSPrint"));
-    question.setText(route ? text("NSPrintRouteQuestion", {name}) : text("NSPrintChartQuestion"));
-    auto* pdf = question.addButton(text("NSSaveAsPDF"), QMessageBox::AcceptRole);
-    auto* paper = question.addButton(text("NSPrintOnPaper"), QMessageBox::AcceptRole);
-    question.addButton(text("NSCancel"), QMessageBox::RejectRole);
-    for (auto* button : question.buttons())
-        button->setIcon({});
-    question.exec();
+    const auto where = askWhere(
+        *window, route ? text("NSPrintRouteQuestion", {name}) : text("NSPrintChartQuestion"));
     const auto layout = route ? QPageLayout::Portrait : QPageLayout::Landscape;
-    if (question.clickedButton() == pdf) {
-        QFileDialog dialog(window, text("NSSaveAsPDF"), {}, QStringLiteral("PDF (*.pdf)"));
-        dialog.setOption(QFileDialog::DontUseNativeDialog);
-        dialog.setAcceptMode(QFileDialog::AcceptSave);
-        dialog.setDefaultSuffix(QStringLiteral("pdf"));
-        dialog.selectFile(name + QStringLiteral(".pdf"));
-        if (dialog.exec() != QDialog::Accepted)
+    if (where == Where::File) {
+        const QString file =
+            askForNewFile(*window, text("NSSaveAsPDF"), name + QStringLiteral(".pdf"),
+                          QStringLiteral("PDF (*.pdf)"), QStringLiteral("pdf"));
+        if (file.isEmpty())
             return;
-        const QString file = dialog.selectedFiles().front();
         auto writer = std::make_unique<QPdfWriter>(file);
         writer->setTitle(name);
         writer->setCreator(QStringLiteral("Kelvox"));
         writer->setResolution(pdfResolution);
         writer->setPageOrientation(layout);
         start(actions, route, std::move(writer), file);
-    } else if (question.clickedButton() == paper) {
+    } else if (where == Where::Paper) {
         auto printer = std::make_unique<QPrinter>(QPrinter::HighResolution);
         printer->setResolution(std::min(printer->resolution(), mostPrinterResolution));
         printer->setDocName(name);

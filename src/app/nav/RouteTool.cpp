@@ -1,6 +1,7 @@
 #include "app/nav/RouteTool.h"
 
 #include "app/ChartView.h"
+#include "app/FlowLayout.h"
 #include "app/Text.h"
 #include "app/Theme.h"
 #include "app/nav/HaloText.h"
@@ -8,7 +9,6 @@
 #include "app/nav/SheetLine.h"
 #include "navigation/NavMath.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QShortcut>
@@ -192,13 +192,13 @@ void RouteTool::showCard()
     auto* hint = new QLabel(text("NSRouteToolHint"), content);
     hint->setProperty("role", QStringLiteral("dim"));
     hint->setWordWrap(true);
-    auto* buttons = new QHBoxLayout;
+    auto* buttons = new FlowLayout;
     m_backButton = new QPushButton(text("NSTakeBack"), content);
     m_doneButton = new QPushButton(text("NSDone"), content);
     for (QPushButton* button : {m_backButton, m_doneButton}) {
         button->setMinimumHeight(Theme::theme().px(40));
         button->setFocusPolicy(Qt::TabFocus);
-        buttons->addWidget(button);
+        buttons->add(button, FlowLayout::Grow::Yes);
     }
     m_doneButton->setObjectName(QStringLiteral("routeDone"));
     connect(m_backButton, &QPushButton::clicked, this, &RouteTool::takeBack);

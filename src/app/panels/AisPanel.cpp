@@ -2,6 +2,7 @@
 
 #include "app/AisTargetDetails.h"
 #include "app/ClearAction.h"
+#include "app/FlowLayout.h"
 #include "app/Program.h"
 #include "app/SettingControls.h"
 #include "app/Text.h"
@@ -59,19 +60,17 @@ AisPanel::AisPanel(ChartHost& host)
     rows->addWidget(m_details);
     m_details->hide();
 
-    auto* switches = new QGridLayout;
-    switches->setHorizontalSpacing(Theme::theme().px(12));
-    switches->setVerticalSpacing(0);
-    int cell = 0;
-    for (const char* key : {"showUnderway", "showStationary", "showVesselNames", "showAISClassB"}) {
-        switches->addWidget(makeSwitch(program, key, std::string("NSSetting.") + key, this, true),
-                            cell / 2, cell % 2);
-        ++cell;
-    }
+    auto* switches = new FlowLayout;
+    switches->setSpacing(Theme::theme().px(8));
+    for (const char* key : {"showUnderway", "showStationary", "showVesselNames", "showAISClassB"})
+        switches->add(makeSwitch(program, key, std::string("NSSetting.") + key, this, true),
+                      FlowLayout::Grow::Yes);
     rows->addLayout(switches);
     auto* numbers = new QGridLayout;
     numbers->setColumnStretch(0, 1);
-    numbers->addWidget(new QLabel(text("NSSetting.aisVectorMinutes"), this), 0, 0);
+    auto* vectors = new QLabel(text("NSSetting.aisVectorMinutes"), this);
+    vectors->setWordWrap(true);
+    numbers->addWidget(vectors, 0, 0);
     numbers->addWidget(makeNumber(program, "aisVectorMinutes", "NSSetting.aisVectorMinutes",
                                   {.highest = 60,
                                    .fallback = 6,

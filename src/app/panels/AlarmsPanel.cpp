@@ -1,13 +1,13 @@
 #include "app/panels/AlarmsPanel.h"
 
 #include "app/AlarmTones.h"
+#include "app/FlowLayout.h"
 #include "app/Program.h"
 #include "app/SettingControls.h"
 #include "app/Text.h"
 
 #include <QDateTime>
 #include <QGridLayout>
-#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLocale>
 #include <QPushButton>
@@ -36,15 +36,15 @@ AlarmsPanel::AlarmsPanel(ChartHost& host)
     rows->addWidget(m_lostPosition);
     rows->addWidget(makeSwitch(program, "audio", "NSSetting.audio", this, true));
     rows->addWidget(makeSwitch(program, "visual", "NSSetting.visual", this, true));
-    auto* sound = new QHBoxLayout;
+    auto* sound = new FlowLayout;
     std::vector<Choice> tones{{"", text("NSNoSound")}};
     for (const std::string& name : alarmToneNames())
         tones.push_back({name, text("NSTone." + name)});
-    sound->addWidget(new QLabel(text("NSSetting.alarmSound"), this), 1);
-    sound->addWidget(makeChoice(program, "alarmSound", "NSSetting.alarmSound", tones, "", this));
+    sound->add(new QLabel(text("NSSetting.alarmSound"), this), FlowLayout::Grow::Yes);
+    sound->add(makeChoice(program, "alarmSound", "NSSetting.alarmSound", tones, "", this));
     auto* test = new QPushButton(text("NSTestSound"), this);
     makeTouchable(program, test);
-    sound->addWidget(test);
+    sound->add(test);
     rows->addLayout(sound);
     rows->addWidget(makeHeading("NSAlarmHistory", this));
     m_list->setRootIsDecorated(false);
@@ -56,9 +56,9 @@ AlarmsPanel::AlarmsPanel(ChartHost& host)
     m_list->setAccessibleName(text("NSAlarmHistory"));
     rows->addWidget(m_list, 1);
     rows->addWidget(m_empty, 1, Qt::AlignTop);
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(m_acknowledge);
-    buttons->addWidget(m_clear);
+    auto* buttons = new FlowLayout;
+    for (QPushButton* button : {m_acknowledge, m_clear})
+        buttons->add(button, FlowLayout::Grow::Yes);
     rows->addLayout(buttons);
     makeTouchable(program, m_acknowledge);
     makeTouchable(program, m_clear);

@@ -4,11 +4,12 @@
 #include "app/ChartSet.h"
 #include "app/ChartView.h"
 #include "app/ClearAction.h"
+#include "app/Dialogs.h"
+#include "app/FlowLayout.h"
 #include "app/Program.h"
 #include "app/SettingRow.h"
 #include "app/Text.h"
 
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -79,12 +80,12 @@ void ChartsPanel::buildFolders()
     m_places->setFixedHeight(theme.px(96));
     m_places->setTextElideMode(Qt::ElideLeft);
     rows->addWidget(m_places);
-    auto* buttons = new QHBoxLayout;
+    auto* buttons = new FlowLayout;
     const auto addButton = [&](const char* key, auto run) {
         auto* button = new QPushButton(text(key), this);
         button->setMinimumHeight(theme.px(40));
         connect(button, &QPushButton::clicked, this, run);
-        buttons->addWidget(button);
+        buttons->add(button, FlowLayout::Grow::Yes);
         return button;
     };
     addButton("NSAddFolder", [this] { addFolder(); });
@@ -166,9 +167,7 @@ void ChartsPanel::updateStatus()
 
 void ChartsPanel::addFolder()
 {
-    const QString name = QFileDialog::getExistingDirectory(
-        &m_host.window(), text("NSOpenFolderTitle"), {},
-        QFileDialog::ShowDirsOnly | QFileDialog::DontUseNativeDialog);
+    const QString name = askForFolder(m_host.window(), text("NSOpenFolderTitle"));
     if (!name.isEmpty())
         m_host.openFiles({std::filesystem::path(name.toStdString())});
     reload();

@@ -1,6 +1,7 @@
 #include "app/panels/ConnectionsPanel.h"
 
 #include "app/ChartView.h"
+#include "app/Dialogs.h"
 #include "app/MonitorDialog.h"
 #include "app/PortBox.h"
 #include "app/Program.h"

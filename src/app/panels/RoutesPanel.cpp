@@ -1,6 +1,7 @@
 #include "app/panels/RoutesPanel.h"
 
 #include "app/ClearAction.h"
+#include "app/FlowLayout.h"
 #include "app/Text.h"
 #include "app/Theme.h"
 #include "app/nav/NavRecords.h"
@@ -101,11 +102,11 @@ RoutesPanel::RoutesPanel(NavActions& actions)
     auto* heading = new QHBoxLayout;
     heading->addWidget(m_name, 1);
     heading->addWidget(m_speed);
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(m_new, 1);
-    buttons->addWidget(m_follow, 1);
+    auto* buttons = new FlowLayout;
+    for (QPushButton* button : {m_new, m_follow})
+        buttons->add(button, FlowLayout::Grow::Yes);
     for (QToolButton* button : {m_up, m_down, m_print, m_more})
-        buttons->addWidget(button);
+        buttons->add(button);
     rows->addWidget(m_search);
     rows->addWidget(m_list, 2);
     rows->addLayout(heading);

@@ -1,12 +1,12 @@
 #include "app/panels/TracksPanel.h"
 
+#include "app/FlowLayout.h"
 #include "app/Text.h"
 #include "app/Theme.h"
 #include "app/nav/NavRecords.h"
 #include "app/panels/ListView.h"
 
 #include <QCheckBox>
-#include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMenu>
@@ -70,15 +70,15 @@ TracksPanel::TracksPanel(NavActions& actions)
 
     auto* rows = new QVBoxLayout(this);
     rows->setContentsMargins(0, 0, 0, 0);
-    auto* recording = new QHBoxLayout;
-    recording->addWidget(m_record, 1);
-    recording->addWidget(m_interval);
-    recording->addWidget(m_color);
-    auto* buttons = new QHBoxLayout;
+    auto* recording = new FlowLayout;
+    recording->add(m_record, FlowLayout::Grow::Yes);
+    recording->add(m_interval);
+    recording->add(m_color);
+    auto* buttons = new FlowLayout;
     for (QPushButton* button : {m_show, m_route, m_delete})
-        buttons->addWidget(button, 1);
-    buttons->addWidget(m_import);
-    buttons->addWidget(m_export);
+        buttons->add(button, FlowLayout::Grow::Yes);
+    buttons->add(m_import);
+    buttons->add(m_export);
     rows->addLayout(recording);
     rows->addWidget(m_newLine);
     rows->addWidget(m_list, 1);

@@ -2,6 +2,7 @@
 
 #include "app/ChartView.h"
 #include "app/ClearAction.h"
+#include "app/FlowLayout.h"
 #include "app/Text.h"
 #include "app/Theme.h"
 #include "app/panels/ListView.h"
@@ -69,11 +70,11 @@ WaypointsPanel::WaypointsPanel(NavActions& actions)
     auto* filter = new QHBoxLayout;
     filter->addWidget(m_group, 1);
     filter->addWidget(m_groupButton);
-    auto* buttons = new QHBoxLayout;
-    for (QWidget* widget : std::initializer_list<QWidget*>{m_new, m_goto, m_delete})
-        buttons->addWidget(widget, 1);
-    buttons->addWidget(m_import);
-    buttons->addWidget(m_export);
+    auto* buttons = new FlowLayout;
+    for (QPushButton* button : {m_new, m_goto, m_delete})
+        buttons->add(button, FlowLayout::Grow::Yes);
+    buttons->add(m_import);
+    buttons->add(m_export);
     rows->addWidget(m_search);
     rows->addLayout(filter);
     rows->addWidget(m_list, 1);

@@ -1,6 +1,8 @@
 #include "app/panels/WeatherPanel.h"
 
 #include "app/ChartView.h"
+#include "app/Dialogs.h"
+#include "app/FlowLayout.h"
 #include "app/GribRequestDialog.h"
 #include "app/Program.h"
 #include "app/SettingRow.h"
@@ -10,7 +12,6 @@
 #include "weather/GribKml.h"
 
 #include <QDateTime>
-#include <QFileDialog>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
@@ -27,6 +28,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <utility>
 
 namespace kelvox {
 
@@ -112,12 +114,12 @@ void WeatherPanel::buildFile()
 {
     const Theme& theme = Theme::theme();
     auto* rows = static_cast<QVBoxLayout*>(layout());
-    auto* buttons = new QHBoxLayout;
+    auto* buttons = new FlowLayout;
     const auto addButton = [&](const char* key, auto run) {
         auto* button = new QPushButton(text(key), this);
         button->setMinimumHeight(theme.px(40));
         connect(button, &QPushButton::clicked, this, run);
-        buttons->addWidget(button);
+        buttons->add(button, FlowLayout::Grow::Yes);
         return button;
     };
     addButton("NSOpenWeather", [this] { chooseFile(); });
@@ -237,9 +239,8 @@ void WeatherPanel::restyle()
 
 void WeatherPanel::chooseFile()
 {
-    const QString name = QFileDialog::getOpenFileName(&m_host.window(), text("NSOpenWeather"), {},
-                                                      text("NSWeatherFilter"), nullptr,
-                                                      QFileDialog::DontUseNativeDialog);
+    const QString name =
+        askForFile(m_host.window(), text("NSOpenWeather"), text("NSWeatherFilter"));
     if (!name.isEmpty())
         open(name.toStdString());
 }
@@ -404,14 +405,19 @@ void WeatherPanel::setPlaying(bool on)
 
 void WeatherPanel::exportKml()
 {
-    QString name = QFileDialog::getSaveFileName(&m_host.window(), text("NSExportKml"),
-                                                QStringLiteral("weather.kml"), text("NSKmlFilter"),
-                                                nullptr, QFileDialog::DontUseNativeDialog);
+    if (std::exchange(m_isExporting, false)) {
+        m_exporting.request_stop();
+        m_export->setText(text("NSExportKml"));
+        return;
+    }
+    const QString name = askForNewFile(m_host.window(), text("NSExportKml"),
+                                       QStringLiteral("weather.kml"), text("NSKmlFilter"));
     if (name.isEmpty())
         return;
     Program& program = m_host.program();
     m_exporting = std::stop_source();
-    m_export->setEnabled(false);
+    m_isExporting = true;
+    m_export->setText(text("NSCancel"));
     m_host.showNote(text("NSExporting"));
     program.pool().post([panel = QPointer(this), file = std::filesystem::path(name.toStdString()),
                          shown = std::make_shared<const GribSnapshot>(program.weather()),
@@ -420,10 +426,11 @@ void WeatherPanel::exportKml()
         const std::string placemarks = placemarksOf(*shown, stop);
         auto written =
             std::make_shared<Result<void>>(writer.exportPlacemarks(file, placemarks, start, stop));
-        main.post([panel, written] {
-            if (!panel)
+        main.post([panel, written, stop] {
+            if (!panel || stop.stop_requested())
                 return;
-            panel->m_export->setEnabled(true);
+            panel->m_isExporting = false;
+            panel->m_export->setText(text("NSExportKml"));
             panel->m_host.showNote(*written ? text("NSExportComplete")
                                             : QString::fromStdString(written->error().message));
         });

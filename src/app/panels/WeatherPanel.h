@@ -64,6 +64,7 @@ private:
     QTimer m_playTimer;
     std::stop_source m_loading; ///< of the file asked for last: only that one is taken
     std::stop_source m_exporting;
+    bool m_isExporting = false; ///< then its button cancels
 };
 
 } // namespace kelvox
