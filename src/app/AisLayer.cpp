@@ -82,8 +82,8 @@ AisLayer::AisLayer(LiveData& live, ChartHost& host)
 {
     Program& program = host.program();
     const auto renew = [this] { m_others.renew(); };
-    for (const auto signal : {&LiveData::targetsMoved, &LiveData::targetsChanged,
-                              &LiveData::selectionChanged, &LiveData::proximityAlarmChanged})
+    for (const auto signal :
+         {&LiveData::targetsMoved, &LiveData::selectionChanged, &LiveData::proximityAlarmChanged})
         connect(&live, signal, this, renew);
     connect(&program, &Program::schemeChanged, this, renew);
     connect(&program, &Program::settingChanged, this, renew);

@@ -6,6 +6,8 @@
 #include <QThread>
 #include <QTimer>
 
+#include <chrono>
+
 namespace kelvox {
 
 /// The thread of the event loop.
@@ -26,12 +28,14 @@ public:
     }
 };
 
-/// The same thread, but only when it has nothing else to do.
+/// The same thread, for what can wait until a burst of events is over: without the pause the thread
+/// would be idle after each of hundreds a second.
 class IdleExecutor final : public Executor {
 public:
     void post(std::function<void()> work) override
     {
-        QTimer::singleShot(0, QCoreApplication::instance(), std::move(work));
+        constexpr auto pause = std::chrono::milliseconds(100);
+        QTimer::singleShot(pause, QCoreApplication::instance(), std::move(work));
     }
     void performAndWait(std::function<void()> work) override { work(); }
 };
