@@ -42,12 +42,19 @@ void splitInto(GaugeReading& reading, const std::string& value)
     reading.unit = whole.mid(end).trimmed();
 }
 
+int staleMinutes(bool stale, double age)
+{
+    constexpr double longest = 99; // there is no more room, and it is no better by then
+    return stale ? static_cast<int>(std::clamp(age / 60, 0.0, longest)) : 0;
+}
+
 template <typename Formatter>
 void showInstrument(GaugeReading& reading, const InstrumentsController& instruments,
                     Instrument instrument, const Formatter& formatter)
 {
     const float value = instruments.value(instrument);
     reading.stale = instruments.isStale(instrument);
+    reading.minutes = staleMinutes(reading.stale, instruments.age(instrument).value_or(0));
     if (isKnown(value))
         splitInto(reading, formatter.stringForObjectValue(value));
 }
@@ -118,6 +125,7 @@ GaugeReading readGauge(Program& program, GaugeKind kind)
     GaugeReading reading;
     reading.label = text("NSGaugeLabel." + gaugeId(kind));
     reading.stale = gps.positionIsStale();
+    reading.minutes = staleMinutes(reading.stale, gps.positionAge());
     switch (kind) {
     case GaugeKind::SpeedOverGround:
         splitInto(reading, gps.sog());
@@ -222,8 +230,15 @@ void Gauge::paintEvent(QPaintEvent* /*event*/)
     painter.setFont(sized(font(), theme.px(13)));
     painter.setPen(theme.colors().dim);
     const bool waits = m_reading.stale && !m_reading.number.isEmpty();
-    painter.drawText(room, Qt::AlignLeft | Qt::AlignTop,
-                     m_reading.label + (waits ? QStringLiteral("  ◷") : QString()));
+    painter.drawText(room, Qt::AlignLeft | Qt::AlignTop, m_reading.label);
+    if (waits) {
+        // In words of its own: at night, or where all are old, grey alone does not stand out.
+        QString age = QStringLiteral("◷");
+        if (m_reading.minutes > 0)
+            age += QLatin1Char(' ') + text("NSMinutesAge", {QString::number(m_reading.minutes)});
+        painter.setPen(theme.colors().amber);
+        painter.drawText(room, Qt::AlignRight | Qt::AlignTop, age);
+    }
     switch (m_kind) {
     case GaugeKind::Heading:
         paintTape(painter, room);
@@ -428,6 +443,9 @@ GaugeStack::GaugeStack(Program& program, int columns, QWidget* parent)
         connect(&program.live(), signal, this, &GaugeStack::refresh);
     for (const auto signal : {&Program::unitsChanged, &Program::steeringChanged})
         connect(&program, signal, this, &GaugeStack::refresh);
+    constexpr auto ageStep = std::chrono::seconds(15);
+    connect(&m_ageTimer, &QTimer::timeout, this, &GaugeStack::refresh);
+    m_ageTimer.start(ageStep);
     rebuild();
 }
 

@@ -2,6 +2,7 @@
 
 #include "app/Program.h"
 
+#include <QTimer>
 #include <QWidget>
 
 #include <optional>
@@ -34,6 +35,7 @@ struct GaugeReading {
     std::size_t samples = 0; ///< of the line beneath the depth
     double lastSample = 0;
     bool stale = false;
+    int minutes = 0; ///< for how many whole ones a stale value has stood
     friend bool operator==(const GaugeReading&, const GaugeReading&) = default;
 };
 
@@ -90,6 +92,7 @@ private:
     int m_columns;
     QGridLayout* m_grid;
     std::vector<Gauge*> m_gauges;
+    QTimer m_ageTimer; ///< nothing else says that a minute has passed
 };
 
 } // namespace kelvox
