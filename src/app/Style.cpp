@@ -400,6 +400,7 @@ void Style::drawPrimitive(PrimitiveElement element, const QStyleOption* option, 
         return;
     case PE_FrameTabBarBase:
     case PE_PanelItemViewRow:
+    case PE_PanelScrollAreaCorner: // else a little box that looks like something to click
         return;
     case PE_IndicatorHeaderArrow:
         if (const auto* header = qstyleoption_cast<const QStyleOptionHeader*>(option);
