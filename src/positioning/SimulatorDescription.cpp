@@ -2,7 +2,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <cmath>
+#include <initializer_list>
 
 namespace kelvox {
 namespace {
@@ -64,6 +66,15 @@ std::optional<TrafficVessel> vessel(const Json& object)
                          .courseDegrees = single(object, "course").value_or(0)};
 }
 
+/// The first of the keys under which there is something else than a number; null without one.
+const char* wrongNumber(const Json& object, std::initializer_list<const char*> keys)
+{
+    for (const char* key : keys)
+        if (object.contains(key) && !number(object, key))
+            return key;
+    return nullptr;
+}
+
 } // namespace
 
 Result<SimulatorDescription> parseSimulatorDescription(std::string_view json)
@@ -79,6 +90,8 @@ Result<SimulatorDescription> parseSimulatorDescription(std::string_view json)
         if (!description.start)
             return failure(Code::OutOfRange, "\"start\" is not a position");
     }
+    if (const char* key = wrongNumber(root, {"speed", "heading", "variation"}))
+        return failure(Code::BadSyntax, '"' + std::string(key) + "\" is not a number");
     description.speedKnots = single(root, "speed");
     description.headingDegrees = single(root, "heading");
     description.variationDegrees = single(root, "variation");
@@ -93,6 +106,9 @@ Result<SimulatorDescription> parseSimulatorDescription(std::string_view json)
         auto target = vessel(object);
         if (!target)
             return failure(Code::OutOfRange, "\"traffic\" holds a vessel without mmsi or position");
+        if (const char* key = wrongNumber(object, {"type", "length", "beam", "speed", "course"}))
+            return failure(Code::BadSyntax,
+                           '"' + std::string(key) + "\" of \"traffic\" is not a number");
         description.traffic.push_back(std::move(*target));
     }
     return description;

@@ -170,7 +170,7 @@ TEST(NMEASimulator, SteersToTheWaypointAndAlongTheRouteOfItsDescription)
     EXPECT_NEAR(simulator.position().latitude, 59, 1e-9);
 
     for (const auto* wrong : {"[]", "{\"start\": 5}", "{\"route\": [{\"latitude\": 95}]}",
-                              "{\"traffic\": [{\"mmsi\": 1}]}", "{"}) {
+                              "{\"traffic\": [{\"mmsi\": 1}]}", "{\"speed\": \"6 kn\"}", "{"}) {
         std::ofstream(path) << wrong;
         EXPECT_FALSE(simulator.fromFile(path)) << wrong;
     }
