@@ -85,7 +85,7 @@ ExportDialog::ExportDialog(NavActions& actions)
     auto* rows = new QVBoxLayout(this);
     rows->addLayout(form);
     rows->addWidget(buttons);
-    setMinimumWidth(Theme::theme().px(440));
+    resizeDialog(*this, 440, 200);
 }
 
 ExportChoice ExportDialog::choice() const
