@@ -179,7 +179,7 @@ void AisLayer::paint(QPainter& painter, const ViewFrame& frame, const LayerLook&
         if (m_kept)
             apart.insert(apart.end(), m_kept->apart.begin(), m_kept->apart.end());
         std::ranges::sort(apart);
-        apart.erase(std::ranges::unique(apart).begin(), apart.end());
+        apart.erase(std::unique(apart.begin(), apart.end()), apart.end());
         std::vector<const AISPosition*> targets;
         for (const auto mmsi : apart)
             if (const auto* target = model.find(mmsi))
