@@ -84,7 +84,7 @@ void MeasureTool::paint(QPainter& painter, const ViewFrame& frame, const LayerLo
         points.push_back(*m_pointer);
     const SheetToPoints toPoints(frame);
     const QColor ink = look.color("CHMGD");
-    const GlassText letters{look.color("CHBLK"), look.color("DEPDW"), 13 * look.scale, true};
+    const GlassText letters{look.color("UINFD"), look.color("DEPDW"), 13 * look.scale, true};
     double total = 0;
     for (std::size_t i = 1; i < points.size(); ++i) {
         const Position from = points[i - 1];

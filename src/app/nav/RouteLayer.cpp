@@ -169,7 +169,7 @@ void RouteLayer::paintLegLabel(QPainter& painter, const QPolygonF& line, Positio
     if (angle > 90 || angle < -90)
         painter.rotate(180);
     painter.setFont(font);
-    drawHaloText(painter, {-width / 2, -8 * look.scale}, words, look.color("CHBLK"),
+    drawHaloText(painter, {-width / 2, -8 * look.scale}, words, look.color("UINFD"),
                  look.color("DEPDW"));
     painter.restore();
 }
@@ -346,7 +346,7 @@ void RouteLayer::paintNames(QPainter& painter, const std::vector<std::size_t>& o
         for (const QPointF& corner : corners)
             if (const QRectF box(drawn.at + corner, size); occupied.take(box)) {
                 drawHaloText(painter, box.bottomLeft() - QPointF(0, metrics.descent()), name,
-                             look.color("CHBLK"), look.color("DEPDW"));
+                             look.color("UINFD"), look.color("DEPDW"));
                 ++painted;
                 break;
             }

@@ -177,7 +177,7 @@ void RouteTool::paint(QPainter& painter, const ViewFrame& frame, const LayerLook
     if (y + metrics.height() * 2 > frame.height / frame.pixelsPerPoint)
         y = at.y() - 10 * look.scale - metrics.height();
     for (const QString& line : lines) {
-        drawHaloText(painter, {x, y}, line, look.color("CHBLK"), halo);
+        drawHaloText(painter, {x, y}, line, look.color("UINFD"), halo);
         y += metrics.height();
     }
 }
