@@ -67,7 +67,7 @@ void ChartNotesLayer::paint(QPainter& painter, const ViewFrame& frame, const Lay
     if (words.isEmpty())
         return;
     const GlassText letters{look.color("CHMGD"), look.color("DEPDW"), 14 * look.scale, true};
-    letters.paint(painter, {x, frame.height / frame.pixelsPerPoint - 22 * look.scale}, words);
+    letters.paint(painter, {x, frame.height / frame.pixelsPerPoint - 50 * look.scale}, words);
 }
 
 } // namespace kelvox
