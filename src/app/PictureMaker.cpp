@@ -1,5 +1,7 @@
 #include "app/PictureMaker.h"
 
+#include "base/Background.h"
+
 namespace kelvox {
 
 PictureMaker::PictureMaker(WorkerPool& pool, QObject* parent)
@@ -33,6 +35,7 @@ std::uint64_t PictureMaker::request(std::shared_ptr<const ChartScene> scene, con
 
 void PictureMaker::run()
 {
+    workInBackground();
     for (;;) {
         Request request;
         {

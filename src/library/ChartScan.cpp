@@ -1,5 +1,6 @@
 #include "library/ChartScan.h"
 
+#include "base/Background.h"
 #include "library/ChartSummary.h"
 #include "s57/ISO8211Wrap.h"
 
@@ -211,6 +212,7 @@ ChartRecords ChartScan::readAll(const std::vector<Found>& files,
     ChartRecords waiting; ///< guarded by the mutex
     std::size_t done = 0; ///< guarded by the mutex
     const auto work = [&] {
+        workInBackground();
         for (std::size_t i = next++; i < files.size() && !stop.stop_requested(); i = next++) {
             auto record = summarise(files[i].path, files[i].kind, files[i].stamp);
             if (!files[i].title.empty())

@@ -1,5 +1,6 @@
 #include "library/ChartShelf.h"
 
+#include "base/Background.h"
 #include "s57/S57CellLoader.h"
 
 #include <algorithm>
@@ -88,6 +89,7 @@ void ChartShelf::prepareAgain()
 
 void ChartShelf::run()
 {
+    workInBackground();
     for (;;) {
         Job job;
         {

@@ -1,5 +1,7 @@
 #include "painting/WorkerPool.h"
 
+#include "base/Background.h"
+
 #include <algorithm>
 #include <atomic>
 #include <memory>
@@ -35,6 +37,7 @@ void WorkerPool::post(std::function<void()> work)
 
 void WorkerPool::run()
 {
+    workInBackground(); // the window is moved and drawn meanwhile
     for (;;) {
         std::function<void()> work;
         {
