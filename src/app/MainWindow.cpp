@@ -60,7 +60,7 @@ MainWindow::MainWindow(Program& program)
 {
     setWindowTitle(QStringLiteral("Kelvox"));
     setDockOptions(AnimatedDocks | AllowNestedDocks | AllowTabbedDocks);
-    setMinimumSize(640, 480);
+    setMinimumSize(QSize(640, 480).boundedTo(screen()->availableSize()));
 
     buildWindow();
     m_fileOpener.add(&isWeatherFile, [this](const FileOpener::Files& files) {
@@ -500,7 +500,7 @@ void MainWindow::restoreView()
         return QByteArray::fromBase64(QByteArray::fromStdString(settings.text(key)));
     };
     if (!restoreGeometry(bytes("window.geometry")))
-        resize(1280, 800);
+        resize(QSize(1280, 800).boundedTo(screen()->availableSize()));
     const bool instruments = settings.boolean("window.instruments", true);
     m_commands.action("view.instruments")->setChecked(instruments);
     fitInstruments();
