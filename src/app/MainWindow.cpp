@@ -14,6 +14,7 @@
 #include "app/nav/NavText.h"
 #include "app/panels/Panels.h"
 #include "app/panels/WeatherPanel.h"
+#include "base/Reversed.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -481,8 +482,8 @@ void MainWindow::showMenu(const ChartPointer& pointer)
 {
     QMenu menu(this);
     const ViewFrame frame = m_chart->frame();
-    for (auto it = m_layers.rbegin(); it != m_layers.rend(); ++it)
-        (*it)->addToMenu(menu, pointer, frame);
+    for (const auto& layer : Reversed(m_layers))
+        layer->addToMenu(menu, pointer, frame);
     menu.addAction(text("NSCentreHere"), this, [this, pointer] { showPosition(pointer.position); });
     menu.exec(m_chart->mapToGlobal(pointer.at.toPoint()));
 }
@@ -550,6 +551,8 @@ void MainWindow::openDemo()
         return; // invented positions have no place among real ones
     if (const auto started = m_program.live().simulate(resources / "simulation.json"); !started)
         showNote(QString::fromStdString(started.error().message));
+    else // the first fix is a second away, the chart is wanted now
+        m_chart->centerOn(m_program.live().simulator().position());
     if (FirstStartCard::isWanted(m_program.settings()))
         showCard(text("NSWelcome"), new FirstStartCard(*this));
 }

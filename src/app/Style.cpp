@@ -572,7 +572,6 @@ QSize Style::sizeFromContents(ContentsType type, const QStyleOption* option, con
         return {whole.width(), whole.height() + px(8)};
     case CT_CheckBox:
     case CT_RadioButton:
-        return {whole.width(), atLeast(whole.height(), px(40))};
     case CT_TabBarTab:
         return {whole.width(), atLeast(whole.height(), px(40))};
     default:
