@@ -179,7 +179,12 @@ TEST_F(VoyageTest, AnchorWatchSoundsWhenTheVesselLeavesTheCircle)
     chart().setScale(20'000);
     sail(chart().center(), 1);
     program().settings().set("simulatorSteersToWaypoint", false);
-    waitFor([this] { return program().live().gps().speedOverGround() < 2; }, "the slow vessel");
+    waitFor(
+        [this] {
+            const auto& gps = program().live().gps();
+            return gps.position().isKnown() && gps.speedOverGround() < 2;
+        },
+        "the slow vessel");
     program().settings().set("anchorDragDistance", 0.1);
     window().openPanel(QStringLiteral("gps"));
     key(Qt::Key_A);
