@@ -445,10 +445,10 @@ void RoutesPanel::moreMenu()
         ExchangeRecords records;
         for (const auto& chosen : selected())
             addRoute(*chosen, records);
-        m_actions.sendToReceiver(records.routes.size() == 1
-                                     ? QString::fromStdString(records.routes.front().name)
-                                     : countedText("NSChosenRoutes", records.routes.size()),
-                                 std::move(records));
+        const QString name = records.routes.size() == 1
+            ? QString::fromStdString(records.routes.front().name)
+            : countedText("NSChosenRoutes", records.routes.size());
+        m_actions.sendToReceiver(name, std::move(records));
     });
     add("NSDeleteRoute", !selected().empty(), [this] { m_actions.removeRoutes(selected()); });
     menu.exec(m_more->mapToGlobal(QPoint(0, m_more->height())));

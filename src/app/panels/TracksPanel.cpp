@@ -120,9 +120,11 @@ TracksPanel::TracksPanel(NavActions& actions)
     m_list->setContextMenuPolicy(Qt::ActionsContextMenu);
     auto* send = new QAction(text("NSSendToReceiver"), m_list);
     connect(send, &QAction::triggered, this, [this] {
-        if (auto records = trackLinesAt(m_actions.program(), selected()); !records.tracks.empty())
-            m_actions.sendToReceiver(countedText("NSExportTracks", records.tracks.size()),
-                                     std::move(records));
+        auto records = trackLinesAt(m_actions.program(), selected());
+        if (records.tracks.empty())
+            return;
+        const QString name = countedText("NSExportTracks", records.tracks.size());
+        m_actions.sendToReceiver(name, std::move(records));
     });
     m_list->addAction(send);
     auto* erase = new QAction(text("NSDelete"), m_list);
